@@ -1,0 +1,64 @@
+// Number text, digit grouping and hexadecimal text of bytes.
+#pragma once
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+namespace base {
+
+// Blanks, tabs and line ends: what trimming removes everywhere in vexa.
+inline const char* const blanks = " \t\r\n";
+
+inline std::string trim(const std::string& text) {
+  std::string::size_type first = text.find_first_not_of(blanks);
+  if (first == std::string::npos) return std::string();
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+inline std::string num(int n) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%d", n);
+  return buf;
+}
+
+// Whole values print in full digits, however large; the largest double needs 309
+// digits and a sign, so 512 bytes always suffice.
+inline std::string num(double x) {
+  double whole;
+  char buf[512];
+  if (std::modf(x, &whole) == 0.0)
+    std::snprintf(buf, sizeof buf, "%.0f", x);
+  else
+    std::snprintf(buf, sizeof buf, "%g", x);
+  return buf;
+}
+
+// A comma after every third character of the integer part, from the right. Nothing
+// is checked, so a sign or letters count as positions too: "-123" gives "-,123".
+inline std::string comma(const std::string& number) {
+  std::string text = trim(number);
+  std::string::size_type point = text.rfind('.');
+  std::string integer = text.substr(0, point);
+  std::string tail = point == std::string::npos ? std::string() : text.substr(point);
+  std::string grouped;
+  grouped.reserve(integer.size() + integer.size() / 3 + tail.size());
+  for (std::string::size_type i = 0; i < integer.size(); ++i) {
+    if (i > 0 && (integer.size() - i) % 3 == 0) grouped += ',';
+    grouped += integer[i];
+  }
+  return grouped + tail;
+}
+
+inline std::string hex(const std::string& bytes) {
+  static const char digits[] = "0123456789abcdef";
+  std::string text(bytes.size() * 2, '0');
+  for (std::string::size_type i = 0; i < bytes.size(); ++i) {
+    unsigned char c = static_cast<unsigned char>(bytes[i]);
+    text[2 * i] = digits[c >> 4];
+    text[2 * i + 1] = digits[c & 15];
+  }
+  return text;
+}
+
+}  // namespace base
