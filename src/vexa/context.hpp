@@ -76,7 +76,7 @@ struct context : std::map<std::string, identifier*> {
 };
 
 // Binding always installs a new variable, so a name that held a function loses it.
-inline void bind(context& ctx, const std::string& name, double value) {
+inline void bind_variable(context& ctx, const std::string& name, double value) {
   identifier* fresh = new identifier{value, nullptr};
   identifier*& slot = ctx[name];
   delete slot;

@@ -90,6 +90,16 @@ bool parser::left_to_right(expression* expr, const char* ops, Combine combine) {
   return true;
 }
 
+// Once a product is 0 or infinite, each further factor can only flip its sign (a
+// negative one) or make it NaN (0 times infinity), so the rest need not be walked.
+inline double settle_product(double r, double from, double b) {
+  double lowest = b < -2147483648.0 ? -2147483648.0 : std::floor(b) + 1;
+  if (std::isinf(r) && from >= 0 && lowest <= 0) return NAN;
+  double highest_negative = from < -1 ? from : -1;
+  double negatives = highest_negative >= lowest ? highest_negative - lowest + 1 : 0;
+  return std::fmod(negatives, 2) == 1 ? -r : r;
+}
+
 // a!b: a times every integer from a-1 down to just above b. The counter is 32-bit;
 // it stops at the bottom of its range, so a right operand below -2147483648 acts
 // as -2147483649.
@@ -98,6 +108,7 @@ inline double falling_product(double a, double b) {
   for (int k = to_int32(a - 1); k > b; --k) {
     r *= k;
     if (k == INT_MIN || r != r) break;
+    if (r == 0 || std::isinf(r)) return settle_product(r, k - 1.0, b);
   }
   return r;
 }
@@ -153,7 +164,7 @@ inline bool parser::evaluate(expression* expr, double& value) {
       delete expr;
       return false;
     }
-    bind(ctx, target, v);
+    bind_variable(ctx, target, v);
   }
 
   if (expr->size() != 1) {
