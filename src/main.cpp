@@ -261,7 +261,7 @@ void run_formula(const std::string& file, std::string args, vexa::parser& parser
       } else {
         value = std::strtod(read_line(operand + " = ? ").c_str(), nullptr);
       }
-      vexa::bind(parser.ctx, operand, value);
+      vexa::bind_variable(parser.ctx, operand, value);
     } else if (keyword == "show") {
       if (parser.parse(operand, value)) std::printf("%s = %g\n", operand.c_str(), value);
       else report();
