@@ -16,15 +16,22 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <deque>
 #include <string>
 #include <vector>
 
+#include "base/base64.hpp"
+#include "base/digest.hpp"
 #include "base/file.hpp"
+#include "base/random.hpp"
 #include "base/text.hpp"
+#include "base/url.hpp"
+#include "calendar/calendar.hpp"
 #include "vexa/parser.hpp"
 
 const char* formula_help =
@@ -291,6 +298,126 @@ void run_formula(const std::string& file, std::string args, vexa::parser& parser
 }
 
 // ---------------------------------------------------------------------------
+// Utility commands
+
+// strtol's reading of the text, limited to 32 bits as the commands print it.
+static int to_int32_text(const std::string& text, int base) {
+  long n = std::strtol(text.c_str(), nullptr, base);
+  return n > INT_MAX ? INT_MAX : n < INT_MIN ? INT_MIN : static_cast<int>(n);
+}
+
+static std::string escape_c(const std::string& bytes) {
+  std::string out;
+  out.reserve(bytes.size());
+  for (char ch : bytes) {
+    unsigned char c = static_cast<unsigned char>(ch);
+    switch (c) {
+      case '"': out += "\\\""; break;
+      case '\\': out += "\\\\"; break;
+      case '\b': out += "\\b"; break;
+      case '\f': out += "\\f"; break;
+      case '\n': out += "\\n"; break;
+      case '\r': out += "\\r"; break;
+      case '\t': out += "\\t"; break;
+      case 0: out += "\\0"; break;
+      default:
+        if (c >= 32 && c <= 126) {
+          out += ch;
+        } else {
+          static const char digits[] = "0123456789abcdef";
+          out += "\\x";
+          out += digits[c >> 4];
+          out += digits[c & 15];
+        }
+    }
+  }
+  return out;
+}
+
+// The argument names a file if one exists by that name; otherwise it is the text.
+static std::string file_or_text(const std::string& args) {
+  return base::exists(args) ? base::load(args) : args;
+}
+
+// A variable's value when the text names one.
+static bool lookup(const vexa::context& ctx, const std::string& name, double& value) {
+  vexa::context::const_iterator found = ctx.find(name);
+  if (found == ctx.end()) return false;
+  value = found->second->value;
+  return true;
+}
+
+static void print_time(const vexa::context& ctx, const std::string& args, bool local) {
+  double t;
+  if (args.empty()) t = static_cast<double>(std::time(nullptr));
+  else if (!lookup(ctx, args, t)) t = std::strtod(args.c_str(), nullptr);
+  if (local) {
+    // The zone's offset at the epoch, plus an hour where daylight saving is in
+    // force at t.
+    std::time_t zero = 0;
+    std::tm* broken = std::gmtime(&zero);
+    double offset = broken ? std::trunc(std::difftime(0, std::mktime(broken))) : 0;
+    std::time_t whole = vexa::to_int32(t);
+    std::tm* at = std::localtime(&whole);
+    if (at && at->tm_isdst != 0) offset += 3600;
+    t += offset;
+  }
+  std::puts(calendar{t}.format("%Y-%m-%d %I:%M:%S %p %a", 0).c_str());
+}
+
+// ---------------------------------------------------------------------------
+// Hash benchmark
+
+static std::string chain_step(const std::string& s) { return base::hex(base::sha256(s)); }
+
+static void bench() {
+  std::string s = base::randstr(64);
+  std::puts(s.c_str());
+  std::fflush(stdout);
+  double start = static_cast<double>(std::time(nullptr)), now = 0.0;
+  int count = 0;
+  // Steps within the starting second are not counted: the count then covers
+  // whole seconds only, from the first change of the clock on.
+  while (now - start < 10.0) {
+    s = chain_step(s);
+    now = static_cast<double>(std::time(nullptr));
+    if (now > start) ++count;
+  }
+  int rate = static_cast<int>(count / ((now - start) - 1.0));
+  std::puts(s.c_str());
+  std::printf("%s hashes per second\n", base::comma(base::num(rate)).c_str());
+}
+
+static bool is_chain_string(const std::string& s) {
+  return s.size() == 64 && s.find_first_not_of("0123456789abcdef") == std::string::npos;
+}
+
+// Recomputes the chain from the start string to the end string. Every string a
+// chain reaches is 64 lowercase hex digits, so any other end string is refused at
+// once; a well-formed one that is never reached ends the search when the 32-bit
+// count runs out.
+static void verify(const std::string& args, int limit = INT_MAX) {
+  std::string a = args.size() == 129 ? args.substr(0, 64) : std::string();
+  std::string b = args.size() == 129 ? args.substr(65) : std::string();
+  if (args.size() != 129 || args[64] != ':' || (a != b && !is_chain_string(b))) {
+    std::puts("Invalid benchmark string.");
+    return;
+  }
+  double start = static_cast<double>(std::time(nullptr));
+  int count = 0;
+  while (a != b && count < limit) {
+    a = chain_step(a);
+    ++count;
+  }
+  int elapsed = static_cast<int>(static_cast<double>(std::time(nullptr)) - start);
+  // Within one second of the clock the count itself is the best rate to show.
+  int rate = elapsed > 0 ? count / elapsed : count;
+  std::printf("%s after %s hashes in ~%s seconds.\n", a == b ? "Found" : "Not found",
+              base::comma(base::num(count)).c_str(), base::num(elapsed).c_str());
+  std::printf("~%s hashes per second\n", base::comma(base::num(rate)).c_str());
+}
+
+// ---------------------------------------------------------------------------
 // Session
 
 static void print_help(const vexa::context& ctx) {
@@ -375,6 +502,39 @@ bool run_line(const std::string& line) {
   } else if (is_formula_name(word)) {
     if (base::exists(word)) run_formula(word, args, parser);
     else std::printf("File not found: %s\n", word.c_str());
+  } else if (word == "hex") {
+    std::printf("%x\n", static_cast<unsigned>(to_int32_text(args, 10)));
+  } else if (word == "unhex") {
+    std::printf("%d\n", to_int32_text(args, 16));
+  } else if (word == "md5") {
+    std::puts(base::hex(base::md5(base::load(args))).c_str());
+  } else if (word == "sha1") {
+    std::puts(base::hex(base::sha1(base::load(args))).c_str());
+  } else if (word == "sha256") {
+    std::puts(base::hex(base::sha256(base::load(args))).c_str());
+  } else if (word == "escape") {
+    std::puts(escape_c(base::load(args)).c_str());
+  } else if (word == "base64") {
+    std::puts(base::base64(file_or_text(args)).c_str());
+  } else if (word == "unbase64") {
+    std::puts(base::unbase64(file_or_text(args)).c_str());
+  } else if (word == "url_decode") {
+    std::puts(base::url_decode(file_or_text(args), false).c_str());
+  } else if (word == "url_encode") {
+    std::puts(base::url_encode(file_or_text(args), false).c_str());
+  } else if (word == "comma") {
+    std::string text = args.empty() ? std::string("ans") : args;
+    double value;
+    if (lookup(parser.ctx, text, value)) text = base::num(value);
+    std::puts(base::comma(text).c_str());
+  } else if (word == "localtime" || word == "gmtime") {
+    print_time(parser.ctx, args, word == "localtime");
+  } else if (line == "uuid") {
+    std::puts(base::uuid(nullptr).c_str());
+  } else if (line == "bench") {
+    bench();
+  } else if (word == "verify") {
+    verify(args);
   } else {
     double value;
     if (parser.parse(line, value)) std::printf("ans = %s\n", base::num(value).c_str());
