@@ -157,7 +157,7 @@ std::string read_line_lazy(const std::string& prompt) {
   std::printf("%s", prompt.c_str());
   std::fflush(stdout);
   std::string line;
-  while (!std::feof(stdin)) {
+  while (!std::feof(stdin) && !std::ferror(stdin)) {
     int c = std::fgetc(stdin);
     if (c == '\r') continue;
     if (c == EOF || c == '\n') break;
@@ -552,7 +552,9 @@ int main(int argc, char** argv) {
     return 0;
   }
   std::puts("Type 'help' for help.\n");
-  while (!std::feof(stdin) && !terminal_ended)
+  // An input that cannot be read (a directory, a closed descriptor) sets the
+  // error indicator rather than end of file; it ends the session all the same.
+  while (!std::feof(stdin) && !std::ferror(stdin) && !terminal_ended)
     if (!run_line(read_line("> "))) break;
   return 0;
 }
