@@ -170,7 +170,7 @@ std::string read_line_lazy(const std::string& prompt) {
 // ends as it does at the end of piped input.
 bool terminal_ended = false;
 
-// Every way out of editing mode goes through `saved`: Enter, the end of the
+// Every way out of editing mode restores `saved`: Enter, the end of the
 // terminal's input, and the signal keys, whose default actions must find the
 // terminal as the user left it.
 std::string read_line(const std::string& prompt) {
