@@ -12,31 +12,25 @@ namespace base {
 inline const char base64_alphabet[] =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
+// The output is sized once and written through a pointer: appending a character
+// at a time costs several times the encoding itself.
 inline std::string base64(const std::string& bytes) {
-  std::string text;
-  text.reserve((bytes.size() + 2) / 3 * 4);
-  std::string::size_type i = 0;
-  for (; i + 2 < bytes.size(); i += 3) {
-    uint32_t b0 = static_cast<uint8_t>(bytes[i]);
-    uint32_t b1 = static_cast<uint8_t>(bytes[i + 1]);
-    uint32_t b2 = static_cast<uint8_t>(bytes[i + 2]);
-    text += base64_alphabet[b0 >> 2];
-    text += base64_alphabet[(b0 & 3) << 4 | b1 >> 4];
-    text += base64_alphabet[(b1 & 15) << 2 | b2 >> 6];
-    text += base64_alphabet[b2 & 63];
+  const unsigned char* in = reinterpret_cast<const unsigned char*>(bytes.data());
+  std::string::size_type n = bytes.size(), i = 0;
+  std::string text((n + 2) / 3 * 4, '=');
+  char* out = &text[0];
+  for (; i + 2 < n; i += 3, out += 4) {
+    uint32_t v = uint32_t(in[i]) << 16 | uint32_t(in[i + 1]) << 8 | in[i + 2];
+    out[0] = base64_alphabet[v >> 18];
+    out[1] = base64_alphabet[v >> 12 & 63];
+    out[2] = base64_alphabet[v >> 6 & 63];
+    out[3] = base64_alphabet[v & 63];
   }
-  if (i + 2 == bytes.size()) {
-    uint32_t b0 = static_cast<uint8_t>(bytes[i]);
-    uint32_t b1 = static_cast<uint8_t>(bytes[i + 1]);
-    text += base64_alphabet[b0 >> 2];
-    text += base64_alphabet[(b0 & 3) << 4 | b1 >> 4];
-    text += base64_alphabet[(b1 & 15) << 2];
-    text += '=';
-  } else if (i + 1 == bytes.size()) {
-    uint32_t b0 = static_cast<uint8_t>(bytes[i]);
-    text += base64_alphabet[b0 >> 2];
-    text += base64_alphabet[(b0 & 3) << 4];
-    text += "==";
+  if (i < n) {  // one or two bytes left; the padding is already in place
+    uint32_t v = uint32_t(in[i]) << 16 | (i + 1 < n ? uint32_t(in[i + 1]) << 8 : 0);
+    out[0] = base64_alphabet[v >> 18];
+    out[1] = base64_alphabet[v >> 12 & 63];
+    if (i + 1 < n) out[2] = base64_alphabet[v >> 6 & 63];
   }
   return text;
 }
@@ -45,8 +39,10 @@ inline std::string base64(const std::string& bytes) {
 // the arithmetic with the value 65, and "=" counts as padding only in places 3 and 4,
 // so concatenated Base64 texts decode to the concatenated bytes.
 inline std::string unbase64(const std::string& text) {
-  static const std::array<uint8_t, 128> table = [] {
-    std::array<uint8_t, 128> t;
+  // Indexed by byte value. Bytes 128 to 255 are outside the alphabet like any other
+  // stranger, so they get 65 too.
+  static const std::array<uint8_t, 256> table = [] {
+    std::array<uint8_t, 256> t;
     t.fill(65);
     for (uint8_t v = 0; v < 64; ++v) t[static_cast<uint8_t>(base64_alphabet[v])] = v;
     t['='] = 64;
@@ -55,25 +51,23 @@ inline std::string unbase64(const std::string& text) {
   // The text ends at its first zero byte, as a C string would.
   std::string::size_type end = text.find('\0');
   if (end == std::string::npos) end = text.size();
-  std::string bytes;
-  bytes.reserve(end / 4 * 3);
+  const unsigned char* in = reinterpret_cast<const unsigned char*>(text.data());
+  std::string bytes(end / 4 * 3, '\0');
+  char* out = &bytes[0];
+  std::string::size_type written = 0;
   for (std::string::size_type i = 0; i < end; i += 4) {
     if (end - i < 4) {
       std::puts("Warning: input string length not multiple of 4.");
       break;
     }
-    uint32_t d[4];
-    for (int k = 0; k < 4; ++k) {
-      uint8_t c = static_cast<uint8_t>(text[i + k]);
-      // Bytes 128 to 255 have no table entry: they count as outside the alphabet.
-      d[k] = c < 128 ? table[c] : 65;
-    }
-    bytes += static_cast<char>((d[0] << 2 | (d[1] >> 4 & 3)) & 255);
-    if (d[2] == 64) continue;
-    bytes += static_cast<char>((d[1] << 4 | (d[2] >> 2 & 15)) & 255);
-    if (d[3] == 64) continue;
-    bytes += static_cast<char>((d[2] << 6 | (d[3] & 63)) & 255);
+    uint32_t d0 = table[in[i]], d1 = table[in[i + 1]], d2 = table[in[i + 2]], d3 = table[in[i + 3]];
+    out[written++] = static_cast<char>((d0 << 2 | (d1 >> 4 & 3)) & 255);
+    if (d2 == 64) continue;
+    out[written++] = static_cast<char>((d1 << 4 | (d2 >> 2 & 15)) & 255);
+    if (d3 == 64) continue;
+    out[written++] = static_cast<char>((d2 << 6 | (d3 & 63)) & 255);
   }
+  bytes.resize(written);
   return bytes;
 }
 
