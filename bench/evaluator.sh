@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# Times vexa's expression engine against bc: one very long line, and many short
+# lines piped in as a session would read them. Both programs print every answer;
+# the last answers are compared, so the benchmark also catches a wrong result.
+# Usage: bench/evaluator.sh   (from anywhere; builds into build-bench/)
+#
+# The long line has 1,000,000 operands in blocks of ten, "1+2*3-8/4+7%4+2^2-5",
+# each worth 7: integer arithmetic on which bc (scale=0) and vexa's doubles agree.
+# Rates are taken from user + sys time, which other load on the machine disturbs
+# less than the wall clock.
+set -euo pipefail
+
+root=$(cd "$(dirname "$0")/.." && pwd)
+build=$root/build-bench
+cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON -DBUILD_TESTING=OFF >/dev/null
+cmake --build "$build" -j2 --target vexa >/dev/null
+vexa=$build/vexa
+
+have_bc=1
+if ! command -v bc >/dev/null; then
+  have_bc=0
+  echo "bc is not installed; only vexa is timed. To compare: apt-get install -y bc"
+  echo
+fi
+
+tmp=$(mktemp -d)
+trap 'rm -rf "$tmp"' EXIT
+
+blocks=100000
+operands=$((blocks * 10))
+lines=100000
+awk -v n=$blocks 'BEGIN {
+  for (i = 0; i < n; ++i) printf "%s1+2*3-8/4+7%%4+2^2-5", i ? "+" : ""
+  print ""
+}' >"$tmp/long"
+awk -v n=$lines 'BEGIN { print "x = 0"; for (i = 0; i < n; ++i) print "x = x + 1" }' >"$tmp/count.vexa"
+awk -v n=$lines 'BEGIN { print "x = 0"; for (i = 0; i < n; ++i) print "x = x + 1; x" }' >"$tmp/count.bc"
+awk -v n=$lines 'BEGIN { for (i = 0; i < n; ++i) print "x = 2 * sin(pi / 4) + 1" }' >"$tmp/sin.vexa"
+awk -v n=$lines 'BEGIN {
+  print "pi = 4 * a(1)"
+  for (i = 0; i < n; ++i) print "x = 2 * s(pi / 4) + 1; x"
+}' >"$tmp/sin.bc"
+
+# seconds INPUT COMMAND...: "wall user sys" seconds of one run reading INPUT;
+# the output goes to $tmp/out.
+seconds() {
+  local input=$1 TIMEFORMAT='%R %U %S'
+  shift
+  { time "$@" <"$input" >"$tmp/out" 2>&1; } 2>&1
+}
+
+# The last answer printed: vexa's "ans = N" lines, or bc's last line.
+last_answer() {
+  grep -o 'ans = .*' "$tmp/out" | tail -n 1 | cut -c 7- || true
+}
+last_line() {
+  tail -n 1 "$tmp/out"
+}
+
+printf '%-46s %7s %7s %7s %16s  %s\n' command wall user sys rate "last answer"
+# run LABEL UNITS UNIT EXPECTED ANSWER INPUT COMMAND...: one table row; ANSWER is
+# the function that picks the last answer out of the output, which must be
+# EXPECTED to six significant digits (bc -l prints twenty decimals, vexa %g).
+run() {
+  local label=$1 units=$2 unit=$3 expected=$4 answer=$5 input=$6 wall user sys got verdict
+  shift 6
+  read -r wall user sys < <(seconds "$input" "$@")
+  got=$("$answer")
+  verdict=$(awk -v a="$got" -v b="$expected" 'BEGIN {
+    d = a - b; if (d < 0) d = -d; m = b < 0 ? -b : b
+    print (a != "" && d <= 5e-6 * (m > 1 ? m : 1)) ? "ok" : "WRONG"
+  }')
+  printf '%-46s %7s %7s %7s %16s  %s %s\n' "$label" "$wall" "$user" "$sys" \
+    "$(awk "BEGIN { printf \"%.0f %s/s\", $units / ($user + $sys), \"$unit\" }")" "$got" "$verdict"
+}
+
+# bc's rows are left out when it is missing.
+tool() {
+  if [ $have_bc = 1 ]; then run "$@"; fi
+}
+tool "bc: one line of $operands operands" $operands terms $((blocks * 7)) last_line "$tmp/long" bc
+run "vexa: one line of $operands operands" $operands terms $((blocks * 7)) last_answer "$tmp/long" "$vexa"
+tool "bc: $lines lines \"x = x + 1; x\"" $lines lines $lines last_line "$tmp/count.bc" bc
+run "vexa: $lines lines \"x = x + 1\"" $lines lines $lines last_answer "$tmp/count.vexa" "$vexa"
+tool "bc -l: $lines lines \"x = 2 * s(pi / 4) + 1; x\"" $lines lines 2.41421 last_line "$tmp/sin.bc" bc -l
+run "vexa: $lines lines \"x = 2 * sin(pi / 4) + 1\"" $lines lines 2.41421 last_answer "$tmp/sin.vexa" "$vexa"
