@@ -53,6 +53,13 @@ template <class F>
 void for_each_line(const std::string& file, F callback) {
   std::FILE* f = open_file(file);
   if (!f) return;
+  // A device such as /dev/zero never ends and may hold no line feed: like a file
+  // whose size cannot be measured, it has no lines.
+  struct stat st;
+  if (fstat(fileno(f), &st) != 0 || !S_ISREG(st.st_mode)) {
+    std::fclose(f);
+    return;
+  }
   char block[4096];
   std::string pending;
   unsigned number = 1;
