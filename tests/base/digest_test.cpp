@@ -30,21 +30,15 @@ std::string sha256_portable(const std::string& input) {
 
 const std::string million_a(1000000, 'a');
 const std::string two_blocks = "abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq";
-const std::string digits80 =
-    "12345678901234567890123456789012345678901234567890123456789012345678901234567890";
 
 TEST(Digest, KnownAnswers) {
   const vector_case cases[] = {
-      // RFC 1321's test suite, the two-block message and one million "a".
+      // RFC 1321's and FIPS 180-4's examples, the two-block message, one million "a".
       {base::md5, "", "d41d8cd98f00b204e9800998ecf8427e"},
-      {base::md5, "a", "0cc175b9c0f1b6a831c399e269772661"},
       {base::md5, "abc", "900150983cd24fb0d6963f7d28e17f72"},
       {base::md5, "message digest", "f96b697d7cb7938d525a2f31aaf161d0"},
-      {base::md5, "abcdefghijklmnopqrstuvwxyz", "c3fcd3d76192e4007dfb496cca67e13b"},
-      {base::md5, digits80, "57edf4a22be3c955ac49da2e2107b67a"},
       {base::md5, two_blocks, "8215ef0796a20bcaaae116d3876c664a"},
       {base::md5, million_a, "7707d6ae4e027c70eea2a935c2296f21"},
-      // FIPS 180-4's examples.
       {base::sha1, "", "da39a3ee5e6b4b0d3255bfef95601890afd80709"},
       {base::sha1, "abc", "a9993e364706816aba3e25717850c26c9cd0d89d"},
       {base::sha1, two_blocks, "84983e441c3bd26ebaae4aa1f95129e5e54670f1"},
