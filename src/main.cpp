@@ -321,14 +321,8 @@ static std::string escape_c(const std::string& bytes) {
       case '\t': out += "\\t"; break;
       case 0: out += "\\0"; break;
       default:
-        if (c >= 32 && c <= 126) {
-          out += ch;
-        } else {
-          static const char digits[] = "0123456789abcdef";
-          out += "\\x";
-          out += digits[c >> 4];
-          out += digits[c & 15];
-        }
+        if (c >= 32 && c <= 126) out += ch;
+        else out += "\\x" + base::hex(std::string(1, ch));
     }
   }
   return out;
