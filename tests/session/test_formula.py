@@ -3,9 +3,10 @@
 directory, runs vexa there and compares standard output byte for byte.
 Usage: test_formula.py <path-to-vexa>"""
 import os
-import subprocess
 import sys
 import tempfile
+
+import blackbox
 
 VEXA = os.path.abspath(sys.argv[1])
 GREETING = b"Type 'help' for help.\n\n"
@@ -94,31 +95,16 @@ def run_case(files, line, stdin):
             with open(os.path.join(cwd, name), "wb") as f:
                 f.write(content)
         argv = [VEXA] if line is None else [VEXA, line]
-        try:  # the timeout only guards against a hang
-            proc = subprocess.run(argv, input=stdin, stdout=subprocess.PIPE,
-                                  stderr=subprocess.PIPE, cwd=cwd, timeout=30)
-        except subprocess.TimeoutExpired as hung:
-            return -1, (hung.stdout or b"")[:4000] + b"<hung>", b""
-    out = proc.stdout
+        status, out, err = blackbox.run(argv, stdin, cwd)
     if line is None:
         out = out[len(GREETING):] if out.startswith(GREETING) else b"<no greeting>" + out
-    return proc.returncode, out, proc.stderr
+    return status, out, err
 
 
 def main():
-    assert len({c[0] for c in CASES}) == len(CASES), "duplicate case names"
-    failures = 0
-    for name, files, line, stdin, expected in CASES:
-        status, actual, errors = run_case(files, line, stdin)
-        if actual != expected or status != 0 or errors:
-            failures += 1
-            print("FAIL %s (exit status %d, standard error %r)\n  expected: %r\n  actual:   %r"
-                  % (name, status, errors[:400], expected[:4000], actual[:4000]))
-        if actual.endswith(b"<hung>"):
-            print("vexa hung: the remaining cases were not run")
-            return 1
-    print("%d of %d formula cases failed" % (failures, len(CASES)))
-    return 1 if failures else 0
+    return blackbox.report("formula", (
+        (name, lambda f=files, l=line, s=stdin: run_case(f, l, s), expected)
+        for name, files, line, stdin, expected in CASES))
 
 
 if __name__ == "__main__":

@@ -7,9 +7,10 @@ import base64
 import hashlib
 import os
 import socket
-import subprocess
 import sys
 import tempfile
+
+import blackbox
 
 VEXA = os.path.abspath(sys.argv[1])
 BIG = b"1+" * 5242880 + b"1"  # 10 MB, sums to 5242881
@@ -82,17 +83,13 @@ def run(line, stdin, cwd):
     argv = [VEXA] + ([line] if line else [])
     if stdin is None:
         argv = ["sh", "-c", 'printf "1+1\\n" > input & exec "$0" < input', VEXA]
-    try:
-        proc = subprocess.run(argv, input=stdin, capture_output=True, cwd=cwd, timeout=120)
-    except subprocess.TimeoutExpired as hung:
-        return -1, (hung.stdout or b"")[:4000] + b"<hung>", b""
-    out = proc.stdout if line else proc.stdout.replace(b"Type 'help' for help.\n\n", b"", 1)
-    return proc.returncode, out, proc.stderr
+    status, out, err = blackbox.run(argv, stdin, cwd)
+    out = out if line else out.replace(b"Type 'help' for help.\n\n", b"", 1)
+    return status, out, err
 
 
 def main():
-    rows, failures = cases(), 0
-    assert len({r[0] for r in rows}) == len(rows), "duplicate case names"
+    rows = cases()
     with tempfile.TemporaryDirectory() as top:
         cwd = os.fsencode(top)
         for name, data in FILES.items():
@@ -106,19 +103,9 @@ def main():
         for fifo in (b"p.frm", b"input"):
             os.mkfifo(os.path.join(cwd, fifo))
         socket.socket(socket.AF_UNIX).bind(os.path.join(cwd, b"s.frm"))
-        for name, line, stdin, expected in rows:
-            status, out, err = run(line, stdin, cwd)
-            want, good = ((repr(expected[:2000]), out == expected) if isinstance(expected, bytes)
-                          else (expected[0], expected[1](out)))
-            if not good or status != 0 or err:
-                failures += 1
-                print("FAIL %s (exit status %d, standard error %r)\n  expected: %s\n  actual:   %r"
-                      % (name, status, err[:400], want, out[:2000]))
-            if out.endswith(b"<hung>"):
-                print("vexa hung: the remaining cases were not run")
-                return 1
-    print("%d of %d hostile cases failed" % (failures, len(rows)))
-    return 1 if failures else 0
+        return blackbox.report("hostile", (
+            (name, lambda l=line, s=stdin: run(l, s, cwd), expected)
+            for name, line, stdin, expected in rows))
 
 
 if __name__ == "__main__":
