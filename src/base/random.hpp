@@ -9,6 +9,8 @@
 #include <ctime>
 #include <string>
 
+#include "base/text.hpp"
+
 namespace base {
 
 // Seeds rand from the kernel's random device, falling back to the time. The
@@ -58,14 +60,8 @@ inline std::string uuid(void* bytes) {
     raw[i] = static_cast<unsigned char>(value & 0xff);
     raw[i + 1] = static_cast<unsigned char>(value >> 8);
   }
-  static const char digits[] = "0123456789abcdef";
-  std::string text;
-  text.reserve(36);
-  for (int i = 0; i < 16; ++i) {
-    if (i == 4 || i == 6 || i == 8 || i == 10) text += '-';
-    text += digits[raw[i] >> 4];
-    text += digits[raw[i] & 15];
-  }
+  std::string text = hex(std::string(reinterpret_cast<char*>(raw), sizeof raw));
+  for (std::string::size_type dash : {8, 13, 18, 23}) text.insert(dash, 1, '-');
   if (bytes) std::memcpy(bytes, raw, sizeof raw);
   return text;
 }
