@@ -1,7 +1,6 @@
 // Arbitrary key bytes through the line editor's key handling: the cursor must stay
 // within the line and the history index within the history.
-#define VEXA_NO_MAIN
-#include "main.cpp"
+#include "session/editor.hpp"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,7 +1,6 @@
 // Arbitrary bytes as a formula file: the first line is the argument text, the
 // rest the file. Prompts without an argument read the end of input.
-#define VEXA_NO_MAIN
-#include "main.cpp"
+#include "session/formula.hpp"
 
 #include <unistd.h>
 

@@ -1,9 +1,8 @@
 // The session's internals that cannot be reached from outside in reasonable time;
 // the editor's keys are driven through a real terminal and by the fuzzer.
-#define VEXA_NO_MAIN
-#include "main.cpp"
-
 #include <gtest/gtest.h>
+
+#include "session/bench.hpp"
 
 namespace {
 

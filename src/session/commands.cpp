@@ -1,0 +1,131 @@
+#include "session/commands.hpp"
+
+#include <climits>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+#include "base/base64.hpp"
+#include "base/digest.hpp"
+#include "base/file.hpp"
+#include "base/random.hpp"
+#include "base/text.hpp"
+#include "base/url.hpp"
+#include "calendar/calendar.hpp"
+
+namespace commands {
+
+// strtol's reading of the text, limited to 32 bits as the commands print it.
+static int to_int32_text(const std::string& text, int base) {
+  long n = std::strtol(text.c_str(), nullptr, base);
+  return n > INT_MAX ? INT_MAX : n < INT_MIN ? INT_MIN : static_cast<int>(n);
+}
+
+void hex(const std::string& args, vexa::parser&) {
+  std::printf("%x\n", static_cast<unsigned>(to_int32_text(args, 10)));
+}
+
+void unhex(const std::string& args, vexa::parser&) {
+  std::printf("%d\n", to_int32_text(args, 16));
+}
+
+void md5(const std::string& args, vexa::parser&) {
+  std::puts(base::hex(base::md5(base::load(args))).c_str());
+}
+
+void sha1(const std::string& args, vexa::parser&) {
+  std::puts(base::hex(base::sha1(base::load(args))).c_str());
+}
+
+void sha256(const std::string& args, vexa::parser&) {
+  std::puts(base::hex(base::sha256(base::load(args))).c_str());
+}
+
+static std::string escape_c(const std::string& bytes) {
+  std::string out;
+  out.reserve(bytes.size());
+  for (char ch : bytes) {
+    unsigned char c = static_cast<unsigned char>(ch);
+    switch (c) {
+      case '"': out += "\\\""; break;
+      case '\\': out += "\\\\"; break;
+      case '\b': out += "\\b"; break;
+      case '\f': out += "\\f"; break;
+      case '\n': out += "\\n"; break;
+      case '\r': out += "\\r"; break;
+      case '\t': out += "\\t"; break;
+      case 0: out += "\\0"; break;
+      default:
+        if (c >= 32 && c <= 126) out += ch;
+        else out += "\\x" + base::hex(std::string(1, ch));
+    }
+  }
+  return out;
+}
+
+void escape(const std::string& args, vexa::parser&) {
+  std::puts(escape_c(base::load(args)).c_str());
+}
+
+// The argument names a file if one exists by that name; otherwise it is the text.
+static std::string file_or_text(const std::string& args) {
+  return base::exists(args) ? base::load(args) : args;
+}
+
+void base64(const std::string& args, vexa::parser&) {
+  std::puts(base::base64(file_or_text(args)).c_str());
+}
+
+void unbase64(const std::string& args, vexa::parser&) {
+  std::puts(base::unbase64(file_or_text(args)).c_str());
+}
+
+void url_decode(const std::string& args, vexa::parser&) {
+  std::puts(base::url_decode(file_or_text(args), false).c_str());
+}
+
+void url_encode(const std::string& args, vexa::parser&) {
+  std::puts(base::url_encode(file_or_text(args), false).c_str());
+}
+
+// A variable's value when the text names one.
+static bool lookup(const vexa::context& ctx, const std::string& name, double& value) {
+  vexa::context::const_iterator found = ctx.find(name);
+  if (found == ctx.end()) return false;
+  value = found->second->value;
+  return true;
+}
+
+void comma(const std::string& args, vexa::parser& parser) {
+  std::string text = args.empty() ? std::string("ans") : args;
+  double value;
+  if (lookup(parser.ctx, text, value)) text = base::num(value);
+  std::puts(base::comma(text).c_str());
+}
+
+static void print_time(const vexa::context& ctx, const std::string& args, bool local) {
+  double t;
+  if (args.empty()) t = static_cast<double>(std::time(nullptr));
+  else if (!lookup(ctx, args, t)) t = std::strtod(args.c_str(), nullptr);
+  if (local) {
+    // The zone's offset at the epoch, plus an hour where daylight saving is in
+    // force at t.
+    std::time_t zero = 0;
+    std::tm* broken = std::gmtime(&zero);
+    double offset = broken ? std::trunc(std::difftime(0, std::mktime(broken))) : 0;
+    std::time_t whole = vexa::to_int32(t);
+    std::tm* at = std::localtime(&whole);
+    if (at && at->tm_isdst != 0) offset += 3600;
+    t += offset;
+  }
+  std::puts(calendar{t}.format("%Y-%m-%d %I:%M:%S %p %a", 0).c_str());
+}
+
+void localtime(const std::string& args, vexa::parser& parser) { print_time(parser.ctx, args, true); }
+
+void gmtime(const std::string& args, vexa::parser& parser) { print_time(parser.ctx, args, false); }
+
+void uuid(const std::string&, vexa::parser&) { std::puts(base::uuid(nullptr).c_str()); }
+
+}  // namespace commands

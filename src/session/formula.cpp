@@ -1,0 +1,121 @@
+#include "session/formula.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <deque>
+
+#include "base/file.hpp"
+#include "base/text.hpp"
+#include "session/editor.hpp"
+
+const char* formula_help =
+    "\n"
+    "Formula files are files with the extension \".frm\" and are in the same directory\n"
+    "in which you are running vexa. They generally consist of several lines of \n"
+    "mathematical expressions, except they can contain several special lines, based\n"
+    "on what the line begins with:\n"
+    "\n"
+    "    #                 - Comments. The line is ignored.\n"
+    "\n"
+    "    prompt [variable] - The evaluation of the formula stops to receive\n"
+    "                        a number from standard input, which is then\n"
+    "                        stored in [variable].\n"
+    "\n"
+    "    show [variable]   - Prints a line like \"[variable] = [value]\".\n"
+    "\n"
+    "    print [text]      - Prints [text]. Variables may be included within\n"
+    "                        [text] by escaping them with the an ampersand ('&').\n"
+    "                        For example:\n"
+    "\n"
+    "                            print x = &x \n"
+    "\n"
+    "                        is equivalent to: \n"
+    "\n"
+    "                            show x \n"
+    "\n"
+    "Formula files can be run by simply specifying the filename.\n"
+    "For example:\n"
+    "\n"
+    "    pythagoras.frm\n"
+    "\n"
+    "will look for a file called pythagoras.frm in the same directory, and run it.\n"
+    "\n"
+    "Formula files can also take arguments which bind to \"prompt\" statements\n"
+    "within the file itself. This allows you to run a formula and fill in the\n"
+    "prompts in a concise way.\n"
+    "For example, assuming that \"pythagoras.frm\" looks like:\n"
+    "\n"
+    "    prompt a\n"
+    "    prompt b\n"
+    "    c = sqrt(a^2+b^2)\n"
+    "    show c\n"
+    "\n"
+    "Running this:\n"
+    "\n"
+    "    pythagoras.frm 1 2\n"
+    "\n"
+    "will allow you to skip the prompts and assign 1 to a and 2 to b.\n"
+    "Any missing arguments are still prompted. Any extra arguments are ignored.\n"
+    "\n";
+
+void run_formula(const std::string& file, std::string args, vexa::parser& parser) {
+  std::deque<double> arguments;
+  for (size_t i = 0; i < args.size();) {
+    size_t end = args.find(' ', i);
+    if (end == std::string::npos) end = args.size();
+    if (end > i) {
+      std::string word = args.substr(i, end - i);
+      double value;
+      if (!parser.parse(word, value)) value = std::strtod(word.c_str(), nullptr);
+      arguments.push_back(value);
+    }
+    i = end + 1;
+  }
+
+  // The third argument, the line's offset in the file, is not needed here.
+  base::for_each_line(file, [&](const std::string& text, unsigned number, unsigned) {
+    std::string line = base::trim(text);
+    if (line.empty() || line[0] == '#') return;
+    size_t blank = line.find(' ');
+    std::string keyword = line.substr(0, blank);
+    std::string operand = blank == std::string::npos ? std::string() : line.substr(blank + 1);
+    auto report = [&] {
+      std::printf("%s, line %d: %s\n", file.c_str(), static_cast<int>(number),
+                  parser.error.c_str());
+    };
+    double value;
+    if (keyword == "prompt") {
+      if (!arguments.empty()) {
+        value = arguments.front();
+        arguments.pop_front();
+      } else {
+        value = std::strtod(read_line(operand + " = ? ").c_str(), nullptr);
+      }
+      vexa::bind_variable(parser.ctx, operand, value);
+    } else if (keyword == "show") {
+      if (parser.parse(operand, value)) std::printf("%s = %g\n", operand.c_str(), value);
+      else report();
+    } else if (keyword == "print") {
+      // "&name" puts in a value; a reference runs to the next blank, and one that
+      // fails to evaluate stays in the text as written.
+      std::string out;
+      for (size_t i = 0; i < operand.size();) {
+        if (operand[i] != '&') {
+          out += operand[i++];
+          continue;
+        }
+        size_t end = operand.find(' ', i + 1);
+        if (end == std::string::npos) end = operand.size();
+        if (parser.parse(operand.substr(i + 1, end - i - 1), value)) {
+          out += base::num(value);
+          i = end;
+        } else {
+          out += operand[i++];
+        }
+      }
+      std::puts(out.c_str());
+    } else if (!parser.parse(line, value)) {
+      report();
+    }
+  });
+}
