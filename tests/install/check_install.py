@@ -1,0 +1,201 @@
+#!/usr/bin/env python3
+"""Checks of vexa as users get it: installed into a prefix, its manual page, the
+examples that the page and the README show, and the Debian package.
+Usage: check_install.py install|man|examples|package VEXA SOURCE BUILD CMAKE CPACK VERSION
+Exits 77 (a skip) with the reason when a tool the check needs is missing."""
+import glob
+import gzip
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+CHECK, VEXA, SOURCE, BUILD, CMAKE, CPACK, VERSION = sys.argv[1:8]
+VEXA = os.path.abspath(VEXA)
+SKIP = 77
+ENV = dict(os.environ, LC_ALL="C", TZ="UTC", MANPAGER="cat", PAGER="cat")
+failures = []
+
+
+def run(argv, stdin=b"", cwd=None, env=ENV):
+    proc = subprocess.run(argv, input=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          cwd=cwd, env=env, timeout=300)
+    return proc.returncode, proc.stdout, proc.stderr
+
+
+def expect(name, actual, wanted):
+    if actual != wanted:
+        failures.append("%s\n  expected: %r\n  actual:   %r" % (name, wanted, actual))
+
+
+def need(*tools):
+    for tool in tools:
+        if not shutil.which(tool):
+            print("SKIP: %s is not installed, so this check cannot run" % tool)
+            sys.exit(SKIP)
+
+
+def answers_42(name, binary):
+    expect(name + " answers 2*21", run([binary, "2*21"])[1], b"ans = 42\n")
+
+
+def check_install(tmp):
+    status, out, err = run([CMAKE, "--install", BUILD, "--prefix", tmp])
+    expect("cmake --install exits 0", (status, err), (0, b""))
+    answers_42("installed bin/vexa", os.path.join(tmp, "bin", "vexa"))
+    pages = glob.glob(os.path.join(tmp, "share", "man", "man1", "vexa.1*"))
+    expect("one manual page installed", [os.path.basename(p) in ("vexa.1", "vexa.1.gz")
+                                         for p in pages], [True])
+    installed = sorted(os.listdir(os.path.join(tmp, "share", "doc", "vexa", "examples")))
+    expect("examples installed", installed, sorted(os.listdir(os.path.join(SOURCE, "examples"))))
+    if shutil.which("man"):  # `man vexa` finds the page under the prefix
+        status, out, _ = run(["man", "-M", os.path.join(tmp, "share", "man"), "-w", "vexa"])
+        expect("man -w vexa", out.decode().startswith(tmp), True)
+
+
+def help_names():
+    """Every command word of the help text ("debug on" whole, "md5|sha1" split) and
+    every function it lists."""
+    text = run([VEXA, "help"])[1].decode()
+    commands, functions = text.split("FUNCTIONS", 1)
+    names = []
+    for line in commands.splitlines():
+        if line.startswith("\t"):
+            head = re.split(r" +-", line.strip())[0]
+            names += re.sub(r"\s*\[.*?\]", "", head).split("|")
+    return names, re.findall(r"\t(\w+)\(\)", functions.split("OPERATORS")[0])
+
+
+def check_man(tmp):
+    need("man")
+    page = os.path.join(SOURCE, "man", "vexa.1")
+    for width in ("80", "120"):
+        status, text, err = run(["man", "--warnings", "-l", page], env=dict(ENV, MANWIDTH=width))
+        expect("man --warnings at width %s" % width, (status, err), (0, b""))
+    text = re.sub(r"\s+", " ", text.decode())
+    commands = text.split(" COMMANDS ")[1].split(" FORMULA FILES ")[0]
+    names, functions = help_names()
+    expect("the help text has commands", len(names) > 20, True)
+    expect("commands the page leaves out",
+           [n for n in names + ["verify"] if not re.search(r"(^|[ |])%s[ |]" % re.escape(n), commands)], [])
+    expressions = text.split(" EXPRESSIONS ")[1].split(" COMMANDS ")[0]
+    expect("functions the page leaves out",
+           [f for f in functions if not re.search(r" %s[ ,.]" % f, expressions)], [])
+
+
+def deroff(line):
+    for escape, plain in (("\\(aq", "'"), ("\\(dq", '"'), ("\\(ha", "^"), ("\\(ti", "~"),
+                          ("\\-", "-"), ("\\&", "")):
+        line = line.replace(escape, plain)
+    assert "\\" not in line.replace("\\e", ""), "an escape this script does not read: " + line
+    return line.replace("\\e", "\\")
+
+
+def example_blocks(path):
+    """The man page's .EX/.EE blocks or the README's indented blocks, as lists of lines."""
+    blocks, block = [], None
+    for line in open(path, encoding="utf-8").read().splitlines() + [""]:
+        if path.endswith(".1"):
+            if line == ".EX":
+                block = []
+            elif line == ".EE":
+                blocks.append(block)
+                block = None
+            elif block is not None:
+                block.append(deroff(line))
+        elif line.startswith("    ") or (block is not None and not line):
+            block = block if block is not None else []
+            block.append(line[4:])
+        elif block is not None:
+            blocks.append(block)
+            block = None
+    return blocks
+
+
+def shown_runs(path):
+    """(command, output lines) for every "$ vexa ..." line of a file's examples; the
+    lines of a block before its first "$" are no output."""
+    runs = []
+    for block in example_blocks(path):
+        while block and not block[-1]:
+            block.pop()
+        current = None
+        for line in block:
+            if line.startswith("$ "):
+                current = (line[2:], [])
+                runs.append(current)
+            elif current:
+                current[1].append(line)
+    return runs
+
+
+def check_examples(tmp):
+    os.symlink(os.path.abspath(VEXA), os.path.join(tmp, "vexa"))
+    path_env = dict(ENV, PATH=tmp + os.pathsep + ENV.get("PATH", ""))
+    for source, cwd, least in (("man/vexa.1", "examples", 10), ("README.md", ".", 2)):
+        runs = shown_runs(os.path.join(SOURCE, source))
+        expect("examples found in " + source, len(runs) >= least, True)
+        for cmd, lines in runs:
+            cmd = cmd.replace("build/vexa", "vexa")
+            if cmd == "vexa":  # a session: the "> " lines are typed, and a pipe shows no echo
+                stdin = "".join(l[2:] + "\n" for l in lines if l.startswith("> "))
+                wanted = "".join("> " if l.startswith("> ") else l + "\n" for l in lines)
+            else:
+                stdin, wanted = "", "".join(l + "\n" for l in lines)
+            out = run(["sh", "-c", cmd], stdin.encode(), os.path.join(SOURCE, cwd), path_env)[1]
+            expect("%s: %s" % (source, cmd), out.decode(), wanted)
+    # Each example file against its known output; prompts without arguments read standard input.
+    cases = [
+        ("pythagoras.frm 3 4", "", "c = 5\nThe triangle with sides 3 and 4 has hypotenuse 5 .\n"),
+        ("quadratic.frm 2 4 -6", "", "d = 64\nx1 = 1\nx2 = -3\n"),
+        ("quadratic.frm", "1\n-3\n2\n", "a = ? b = ? c = ? d = 1\nx1 = 2\nx2 = 1\n"),
+        ("interest.frm 1000 5 10 1", "", "1000 at 5 % for 10 years, compounded 1 times a year, "
+         "grows to 1628.89\ninterest = 628.895\n"),
+        ("interest.frm 200 3 2 4", "", "200 at 3 % for 2 years, compounded 4 times a year, "
+         "grows to 212.32\ninterest = 12.3198\n"),
+        ("temperature.frm -40", "", "-40 degrees Fahrenheit = -40 degrees Celsius = 233.15 kelvins\n"),
+        ("temperature.frm 212", "", "212 degrees Fahrenheit = 100 degrees Celsius = 373.15 kelvins\n"),
+    ]
+    for args, stdin, wanted in cases:
+        out = run([VEXA] + args.split(), stdin.encode(), os.path.join(SOURCE, "examples"))[1]
+        expect("examples/" + args, out.decode(), wanted)
+    expect("example files without a case", sorted(set(os.listdir(os.path.join(SOURCE, "examples")))
+                                                   - {c[0].split()[0] for c in cases}), [])
+
+
+def check_package(tmp):
+    need(CPACK, "dpkg-deb", "dpkg-shlibdeps", "file")
+    status, out, err = run([CPACK, "-G", "DEB", "--config", os.path.join(BUILD, "CPackConfig.cmake"),
+                            "-B", tmp])
+    debs = glob.glob(os.path.join(tmp, "*.deb"))
+    expect("cpack makes one package", (status, len(debs)), (0, 1))
+    if len(debs) != 1:
+        return print(out.decode(), err.decode())
+    deb = debs[0]
+    field = lambda name: run(["dpkg-deb", "-f", deb, name])[1].decode().strip()
+    expect("file name", os.path.basename(deb), "vexa_%s_%s.deb" % (VERSION, field("Architecture")))
+    expect("fields", [field("Package"), field("Version"), field("Section")], ["vexa", VERSION, "math"])
+    expect("maintainer, summary, description, libc dependency",
+           [bool(re.search(r"<.+@.+>", field("Maintainer"))), len(field("Description").splitlines()) > 2,
+            "libc6" in field("Depends")], [True, True, True])
+    listing = run(["dpkg-deb", "-c", deb])[1].decode()
+    files = [line.split()[-1] for line in listing.splitlines() if line.startswith("-")]
+    expect("files", [f for f in files if "/examples/" not in f],
+           ["./usr/bin/vexa", "./usr/share/man/man1/vexa.1.gz"])
+    root = os.path.join(tmp, "root")
+    run(["dpkg-deb", "-x", deb, root])
+    answers_42("packaged usr/bin/vexa", os.path.join(root, "usr", "bin", "vexa"))
+    with gzip.open(os.path.join(root, "usr", "share", "man", "man1", "vexa.1.gz")) as page:
+        expect("packaged page is man/vexa.1", page.read(),
+               open(os.path.join(SOURCE, "man", "vexa.1"), "rb").read())
+
+
+with tempfile.TemporaryDirectory() as tmp:
+    {"install": check_install, "man": check_man, "examples": check_examples,
+     "package": check_package}[CHECK](tmp)
+for failure in failures:
+    print("FAIL " + failure)
+print("%s: %d failed" % (CHECK, len(failures)))
+sys.exit(1 if failures else 0)
