@@ -22,4 +22,4 @@ set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${VEXA_QEMU_MACHINE} -L ${VEXA_CROSS_SYSR
 # given as the cross-built program needs them (C and C++ runtime).
 set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${VEXA_DEB_ARCHITECTURE})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6 (>= 2.34), libstdc++6 (>= 12), libgcc-s1 (>= 3.0)")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6 (>= 2.34), libgcc-s1 (>= 3.0), libstdc++6 (>= 11)")
