@@ -1,5 +1,5 @@
 # 64-bit ARM Linux with Debian's cross compiler (g++-aarch64-linux-gnu). CTest runs
-# the target's programs under qemu-user (qemu-user), which finds the target's
+# the target's programs under qemu-user, which finds the target's
 # shared libraries in the cross compiler's sysroot.
 #   cmake -S . -B build-aarch64 -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-aarch64.cmake
 set(VEXA_CROSS_TRIPLE aarch64-linux-gnu)
