@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "base/digest_arm.hpp"
+
 #if defined(__x86_64__) && defined(__GNUC__)
 #include <cpuid.h>
 #include <immintrin.h>
@@ -94,15 +96,13 @@ inline std::string md5(const std::string& input) {
   return digest;
 }
 
-inline std::string sha1(const std::string& input) {
+// Compresses `count` 64-byte blocks at `p` into the five state words.
+inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
   static const uint32_t K[4] = {0x5a827999, 0x6ed9eba1, 0x8f1bbcdc, 0xca62c1d6};
 
-  std::string m = padded_message(input, true);
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(m.data());
-  uint32_t state[5] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
-  for (std::size_t block = 0; block < m.size(); block += 64) {
+  for (std::size_t block = 0; block < count; ++block, p += 64) {
     uint32_t w[80];
-    for (int t = 0; t < 16; ++t) w[t] = read_be32(p + block + 4 * t);
+    for (int t = 0; t < 16; ++t) w[t] = read_be32(p + 4 * t);
     // w[t-3] is carried in w3, w2, w1: as a plain array loop the compiler
     // vectorises this into loads overlapping the stores just made, which stall
     // and cost half the digest's speed.
@@ -137,6 +137,20 @@ inline std::string sha1(const std::string& input) {
     state[3] += d;
     state[4] += e;
   }
+}
+
+// Whether sha1 takes the arm64 SHA instructions; tests clear it to check the
+// portable rounds on CPUs that have them.
+inline bool sha1_use_arm_sha = arm_sha1_supported();
+
+inline std::string sha1(const std::string& input) {
+  std::string m = padded_message(input, true);
+  const unsigned char* p = reinterpret_cast<const unsigned char*>(m.data());
+  uint32_t state[5] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
+  if (sha1_use_arm_sha)
+    sha1_blocks_arm(p, m.size() / 64, state);
+  else
+    sha1_blocks_portable(p, m.size() / 64, state);
   std::string digest;
   digest.reserve(20);
   for (uint32_t s : state) append_be32(digest, s);
@@ -206,6 +220,8 @@ inline void sha256_blocks_ni(const unsigned char*, std::size_t, uint32_t*) {}
 // Whether sha256 takes the SHA-extension path; tests clear it to check the
 // portable rounds on machines that have the extensions.
 inline bool sha256_use_sha_ni = sha_ni_supported();
+// Likewise for the arm64 SHA instructions.
+inline bool sha256_use_arm_sha = arm_sha256_supported();
 
 inline std::string sha256(const std::string& input) {
   struct local {
@@ -323,6 +339,8 @@ inline std::string sha256(const std::string& input) {
                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
   if (sha256_use_sha_ni)
     sha256_blocks_ni(reinterpret_cast<const unsigned char*>(m.data()), m.size() / 64, state);
+  else if (sha256_use_arm_sha)
+    sha256_blocks_arm(reinterpret_cast<const unsigned char*>(m.data()), m.size() / 64, state);
   else
     for (std::size_t block = 0; block < m.size(); block += 64)
       local::process(reinterpret_cast<unsigned*>(&m[block]), state);

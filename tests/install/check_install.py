@@ -38,7 +38,8 @@ def need(*tools):
 
 
 def answers_42(name, binary):
-    expect(name + " answers 2*21", run([binary, "2*21"])[1], b"ans = 42\n")
+    emulator = os.environ.get("VEXA_EMULATOR", "").split()
+    expect(name + " answers 2*21", run(emulator + [binary, "2*21"])[1], b"ans = 42\n")
 
 
 def check_install(tmp):
