@@ -381,6 +381,7 @@ struct digest_context {
   explicit digest_context(const uint32_t (&initial)[words]) { std::memcpy(state, initial, sizeof state); }
 
   void add(const void* data, std::size_t n) {
+    if (n == 0) return;  // data may then be null, which memcpy must not see
     const unsigned char* p = static_cast<const unsigned char*>(data);
     length += n;
     if (used > 0) {
