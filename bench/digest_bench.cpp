@@ -32,6 +32,14 @@ std::string sha256_portable(const std::string& input) {
   return digest;
 }
 
+std::string sha1_portable(const std::string& input) {
+  bool saved = base::sha1_use_sha_ni;
+  base::sha1_use_sha_ni = false;
+  std::string digest = base::sha1(input);
+  base::sha1_use_sha_ni = saved;
+  return digest;
+}
+
 template <std::string (*digest)(const std::string&)>
 void throughput(benchmark::State& state) {
   std::string buffer(static_cast<std::size_t>(state.range(0)), '\0');
@@ -44,6 +52,7 @@ void throughput(benchmark::State& state) {
 }
 BENCHMARK_TEMPLATE(throughput, base::md5)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, base::sha1)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(throughput, sha1_portable)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, base::sha256)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, sha256_portable)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 
