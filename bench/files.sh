@@ -36,7 +36,7 @@ peak_mib() { sort -n "$1" | tail -n 1 | awk '{ printf "%.1f", $1 / 1024 }'; }
 
 if [ "${1:-}" = sparse ]; then
   truncate -s 20G "$tmp/sparse"
-  printf '%-28s %9s %9s  %s\n' "20 GiB sparse file" "wall s" "peak MiB" digest
+  printf '%-32s %9s %9s  %s\n' "20 GiB sparse file" "wall s" "peak MiB" digest
   for label in sha256sum vexa; do
     if [ $label = vexa ]; then
       # The limit applies to vexa alone, in a subshell.
@@ -45,7 +45,7 @@ if [ "${1:-}" = sparse ]; then
       /usr/bin/time -f '%e %M' -o "$tmp/time" sha256sum "$tmp/sparse" >"$tmp/out"
     fi
     read -r wall mem <"$tmp/time"
-    printf '%-28s %9s %9.1f  %s\n' "$([ $label = vexa ] && echo 'vexa sha256 (ulimit -v 524288)' || echo sha256sum)" \
+    printf '%-32s %9s %9.1f  %s\n' "$([ $label = vexa ] && echo 'vexa sha256 (ulimit -v 524288)' || echo sha256sum)" \
       "$wall" "$(awk "BEGIN { print $mem / 1024 }")" "$(cut -d' ' -f1 "$tmp/out")"
   done
   exit 0

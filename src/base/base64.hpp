@@ -70,8 +70,9 @@ inline std::size_t unbase64_groups(const unsigned char* in, std::size_t groups, 
   static const decode_table table = [] {
     unsigned char value[256];
     std::memset(value, 65, sizeof value);  // bytes 128 to 255 are strangers too
-    for (int v = 0; v < 64; ++v) value[static_cast<unsigned char>(base64_alphabet[v])] = static_cast<unsigned char>(v);
-    value['='] = 64;
+    for (int v = 0; v < 64; ++v)
+      value[static_cast<unsigned char>(base64_alphabet[v])] = static_cast<unsigned char>(v);
+    value[static_cast<unsigned char>('=')] = 64;
     decode_table t;
     for (int k = 0; k < 4; ++k)
       for (int c = 0; c < 256; ++c) {

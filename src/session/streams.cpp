@@ -37,8 +37,10 @@ bool write_to_zero(const char* p, std::size_t n, std::FILE* out) {
 template <class Encode>
 void encode_file(base::reader& in, std::FILE* out, std::size_t growth, Encode encode) {
   std::vector<char> bytes(block), text(growth * block);
-  while (std::size_t n = in.read(bytes.data(), block))
-    std::fwrite(text.data(), 1, encode(reinterpret_cast<const unsigned char*>(bytes.data()), n, text.data()), out);
+  while (std::size_t n = in.read(bytes.data(), block)) {
+    std::size_t size = encode(reinterpret_cast<const unsigned char*>(bytes.data()), n, text.data());
+    std::fwrite(text.data(), 1, size, out);
+  }
   std::fputc('\n', out);
 }
 
