@@ -12,23 +12,31 @@ namespace {
 // its SHA-256 digest, which is the next string. Argument 1 allows the CPU's SHA
 // extensions where present, 0 forces the portable rounds.
 void chain_step(benchmark::State& state) {
-  bool saved = base::sha256_use_sha_ni;
-  base::sha256_use_sha_ni = saved && state.range(0) == 1;
+  bool saved = base::sha256_use_cpu_sha;
+  base::sha256_use_cpu_sha = saved && state.range(0) == 1;
   std::string s = base::randstr(64);
   for (auto _ : state) {
     s = base::hex(base::sha256(s));
     benchmark::DoNotOptimize(s.data());
   }
   state.SetItemsProcessed(state.iterations());
-  base::sha256_use_sha_ni = saved;
+  base::sha256_use_cpu_sha = saved;
 }
 BENCHMARK(chain_step)->Arg(1)->Arg(0);
 
 std::string sha256_portable(const std::string& input) {
-  bool saved = base::sha256_use_sha_ni;
-  base::sha256_use_sha_ni = false;
+  bool saved = base::sha256_use_cpu_sha;
+  base::sha256_use_cpu_sha = false;
   std::string digest = base::sha256(input);
-  base::sha256_use_sha_ni = saved;
+  base::sha256_use_cpu_sha = saved;
+  return digest;
+}
+
+std::string sha1_portable(const std::string& input) {
+  bool saved = base::sha1_use_cpu_sha;
+  base::sha1_use_cpu_sha = false;
+  std::string digest = base::sha1(input);
+  base::sha1_use_cpu_sha = saved;
   return digest;
 }
 
@@ -44,6 +52,7 @@ void throughput(benchmark::State& state) {
 }
 BENCHMARK_TEMPLATE(throughput, base::md5)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, base::sha1)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(throughput, sha1_portable)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, base::sha256)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, sha256_portable)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 

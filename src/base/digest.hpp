@@ -1,9 +1,16 @@
-// MD5 (RFC 1321), SHA-1 and SHA-256 (FIPS 180-4) of a byte string. Each function
-// returns the raw digest bytes; base::hex turns them into text.
+// MD5 (RFC 1321), SHA-1 and SHA-256 (FIPS 180-4), as contexts that take the bytes
+// in any number of pieces (start, add, finish) and as functions of one string.
+// Each returns the raw digest bytes; base::hex turns them into text.
+//
+// Every algorithm compresses whole 64-byte blocks through one function of the
+// shape `void X_blocks_<variant>(const unsigned char* p, size_t count, uint32_t*
+// state)`: the portable rounds and, where the CPU has them, its SHA instructions.
+// sha1_blocks and sha256_blocks pick the variant once, at the first call.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "base/digest_arm.hpp"
@@ -33,21 +40,9 @@ inline void append_be32(std::string& out, uint32_t x) {
   for (int i = 24; i >= 0; i -= 8) out += char(x >> i & 0xff);
 }
 
-// The input followed by 0x80, zeros up to 56 mod 64 and the bit length in eight
-// bytes: one buffer holding every block, so the block loop never allocates.
-inline std::string padded_message(const std::string& input, bool big_endian) {
-  uint64_t bits = uint64_t(input.size()) * 8;
-  std::size_t total = (input.size() + 8) / 64 * 64 + 64;
-  std::string m;
-  m.reserve(total);
-  m.append(input);
-  m += '\x80';
-  m.append(total - 8 - m.size(), '\0');
-  for (int i = 0; i < 8; ++i) m += char(bits >> (big_endian ? 56 - 8 * i : 8 * i) & 0xff);
-  return m;
-}
+using block_function = void (*)(const unsigned char* p, std::size_t count, uint32_t* state);
 
-inline std::string md5(const std::string& input) {
+inline void md5_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
   // T[k] = floor(2^32 * |sin(k + 1)|).
   static const uint32_t T[64] = {
       0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
@@ -61,28 +56,28 @@ inline std::string md5(const std::string& input) {
   // Left rotations of each round; a round's four amounts repeat over its 16 steps.
   static const int shift[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
-  std::string m = padded_message(input, false);
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(m.data());
-  uint32_t state[4] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476};
-  for (std::size_t block = 0; block < m.size(); block += 64) {
+  for (; count > 0; --count, p += 64) {
     uint32_t x[16];
-    for (int i = 0; i < 16; ++i) x[i] = read_le32(p + block + 4 * i);
+    for (int i = 0; i < 16; ++i) x[i] = read_le32(p + 4 * i);
     uint32_t a = state[0], b = state[1], c = state[2], d = state[3];
     // Step k (0 to 63) with f, the value of its round's function of b, c and d.
     auto step = [&](uint32_t f, int k, int word) {
-      uint32_t next = b + rotl32(a + f + T[k] + x[word], shift[k / 16][k % 4]);
+      uint32_t next = b + rotl32(a + T[k] + x[word] + f, shift[k / 16][k % 4]);
       a = d;
       d = c;
       c = b;
       b = next;
     };
-    // Unrolled by the compiler, each step's shift and word index become constants.
+    // The round functions are written so that b, the word just made, meets at
+    // most two operations: the rest is ready before it. In G the two terms share
+    // no set bit, so adding them equals or-ing them. Unrolled by the compiler,
+    // each step's shift and word index become constants.
 #pragma GCC unroll 16
-    for (int i = 0; i < 16; ++i) step((b & c) | (~b & d), i, i);
+    for (int i = 0; i < 16; ++i) step(d ^ (b & (c ^ d)), i, i);
 #pragma GCC unroll 16
-    for (int i = 0; i < 16; ++i) step((b & d) | (c & ~d), 16 + i, (5 * i + 1) % 16);
+    for (int i = 0; i < 16; ++i) step((c & ~d) + (b & d), 16 + i, (5 * i + 1) % 16);
 #pragma GCC unroll 16
-    for (int i = 0; i < 16; ++i) step(b ^ c ^ d, 32 + i, (3 * i + 5) % 16);
+    for (int i = 0; i < 16; ++i) step((c ^ d) ^ b, 32 + i, (3 * i + 5) % 16);
 #pragma GCC unroll 16
     for (int i = 0; i < 16; ++i) step(c ^ (b | ~d), 48 + i, 7 * i % 16);
     state[0] += a;
@@ -90,17 +85,12 @@ inline std::string md5(const std::string& input) {
     state[2] += c;
     state[3] += d;
   }
-  std::string digest;
-  digest.reserve(16);
-  for (uint32_t s : state) append_le32(digest, s);
-  return digest;
 }
 
-// Compresses `count` 64-byte blocks at `p` into the five state words.
 inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
   static const uint32_t K[4] = {0x5a827999, 0x6ed9eba1, 0x8f1bbcdc, 0xca62c1d6};
 
-  for (std::size_t block = 0; block < count; ++block, p += 64) {
+  for (; count > 0; --count, p += 64) {
     uint32_t w[80];
     for (int t = 0; t < 16; ++t) w[t] = read_be32(p + 4 * t);
     // w[t-3] is carried in w3, w2, w1: as a plain array loop the compiler
@@ -139,91 +129,7 @@ inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint
   }
 }
 
-// Whether sha1 takes the arm64 SHA instructions; tests clear it to check the
-// portable rounds on CPUs that have them.
-inline bool sha1_use_arm_sha = arm_sha1_supported();
-
-inline std::string sha1(const std::string& input) {
-  std::string m = padded_message(input, true);
-  const unsigned char* p = reinterpret_cast<const unsigned char*>(m.data());
-  uint32_t state[5] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
-  if (sha1_use_arm_sha)
-    sha1_blocks_arm(p, m.size() / 64, state);
-  else
-    sha1_blocks_portable(p, m.size() / 64, state);
-  std::string digest;
-  digest.reserve(20);
-  for (uint32_t s : state) append_be32(digest, s);
-  return digest;
-}
-
-// SHA-256 through the CPU's SHA extensions, used where the CPU has them: it
-// more than doubles the hash-chain rate. The portable rounds in sha256 give the
-// same bytes; the tests run both against sha256sum.
-#if defined(__x86_64__) && defined(__GNUC__)
-inline bool sha_ni_supported() {
-  unsigned a, b, c, d;
-  if (!__get_cpuid(1, &a, &b, &c, &d) || !(c & bit_SSE4_1)) return false;
-  return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & bit_SHA);
-}
-
-// Compresses `count` 64-byte blocks at `p` into the eight state words. The
-// instructions hold the state as the word pairs ABEF and CDGH and do two rounds
-// each, with message words plus constants four at a time.
-__attribute__((target("sha,sse4.1"))) inline void sha256_blocks_ni(const unsigned char* p, std::size_t count,
-                                                                  uint32_t* state) {
-  alignas(16) static const uint32_t K[64] = {
-      0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-      0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-      0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-      0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-      0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-      0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-      0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-      0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
-  // Reverses the bytes of each 32-bit lane: message words are big-endian.
-  const __m128i big_endian = _mm_set_epi64x(0x0c0d0e0f08090a0bLL, 0x0405060700010203LL);
-  __m128i dcba = _mm_loadu_si128(reinterpret_cast<const __m128i*>(state));
-  __m128i hgfe = _mm_loadu_si128(reinterpret_cast<const __m128i*>(state + 4));
-  __m128i cdab = _mm_shuffle_epi32(dcba, 0xb1);
-  __m128i efgh = _mm_shuffle_epi32(hgfe, 0x1b);
-  __m128i abef = _mm_alignr_epi8(cdab, efgh, 8);
-  __m128i cdgh = _mm_blend_epi16(efgh, cdab, 0xf0);
-  for (std::size_t block = 0; block < count; ++block, p += 64) {
-    __m128i abef_in = abef, cdgh_in = cdgh;
-    __m128i w[4];  // schedule words 4q to 4q+3 in w[q % 4]
-    for (int i = 0; i < 4; ++i)
-      w[i] = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * i)), big_endian);
-    for (int q = 0; q < 16; ++q) {
-      if (q >= 4) {
-        __m128i sum = _mm_add_epi32(_mm_sha256msg1_epu32(w[q & 3], w[(q + 1) & 3]),
-                                    _mm_alignr_epi8(w[(q + 3) & 3], w[(q + 2) & 3], 4));
-        w[q & 3] = _mm_sha256msg2_epu32(sum, w[(q + 3) & 3]);
-      }
-      __m128i wk = _mm_add_epi32(w[q & 3], _mm_load_si128(reinterpret_cast<const __m128i*>(K + 4 * q)));
-      cdgh = _mm_sha256rnds2_epu32(cdgh, abef, wk);
-      abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(wk, 0x0e));
-    }
-    abef = _mm_add_epi32(abef, abef_in);
-    cdgh = _mm_add_epi32(cdgh, cdgh_in);
-  }
-  __m128i feba = _mm_shuffle_epi32(abef, 0x1b);
-  __m128i dchg = _mm_shuffle_epi32(cdgh, 0xb1);
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_blend_epi16(feba, dchg, 0xf0));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(state + 4), _mm_alignr_epi8(dchg, feba, 8));
-}
-#else
-inline bool sha_ni_supported() { return false; }
-inline void sha256_blocks_ni(const unsigned char*, std::size_t, uint32_t*) {}
-#endif
-
-// Whether sha256 takes the SHA-extension path; tests clear it to check the
-// portable rounds on machines that have the extensions.
-inline bool sha256_use_sha_ni = sha_ni_supported();
-// Likewise for the arm64 SHA instructions.
-inline bool sha256_use_arm_sha = arm_sha256_supported();
-
-inline std::string sha256(const std::string& input) {
+inline void sha256_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
   struct local {
     // One round. The caller rotates the roles of a..h instead of moving the
     // values: the variable updated as h is the next round's a, the one updated as d
@@ -239,10 +145,9 @@ inline std::string sha256(const std::string& input) {
     // Compresses the 64-byte block at `block` into the eight words at `state`.
     // Rounds are written out so that each constant is an immediate and each
     // schedule word is made right before the round that reads it.
-    static void process(unsigned* block, unsigned* state) {
-      const unsigned char* bytes = reinterpret_cast<const unsigned char*>(block);
+    static void process(const unsigned char* block, unsigned* state) {
       unsigned w[64];
-      for (int t = 0; t < 16; ++t) w[t] = read_be32(bytes + 4 * t);
+      for (int t = 0; t < 16; ++t) w[t] = read_be32(block + 4 * t);
       auto W = [&w](int t) {
         unsigned s0 = rotr32(w[t - 15], 7) ^ rotr32(w[t - 15], 18) ^ (w[t - 15] >> 3);
         unsigned s1 = rotr32(w[t - 2], 17) ^ rotr32(w[t - 2], 19) ^ (w[t - 2] >> 10);
@@ -334,20 +239,220 @@ inline std::string sha256(const std::string& input) {
     }
   };
 
-  std::string m = padded_message(input, true);
-  unsigned state[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                       0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-  if (sha256_use_sha_ni)
-    sha256_blocks_ni(reinterpret_cast<const unsigned char*>(m.data()), m.size() / 64, state);
-  else if (sha256_use_arm_sha)
-    sha256_blocks_arm(reinterpret_cast<const unsigned char*>(m.data()), m.size() / 64, state);
-  else
-    for (std::size_t block = 0; block < m.size(); block += 64)
-      local::process(reinterpret_cast<unsigned*>(&m[block]), state);
-  std::string digest;
-  digest.reserve(32);
-  for (unsigned s : state) append_be32(digest, s);
-  return digest;
+
+  for (; count > 0; --count, p += 64) local::process(p, state);
+}
+
+// SHA-1 and SHA-256 through the CPU's SHA extensions, used where the CPU has
+// them: several times the portable rounds' speed. The tests run both paths
+// against sha1sum and sha256sum.
+#if defined(__x86_64__) && defined(__GNUC__)
+inline bool sha_ni_supported() {
+  unsigned a, b, c, d;
+  if (!__get_cpuid(1, &a, &b, &c, &d) || !(c & bit_SSE4_1)) return false;
+  return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & bit_SHA);
+}
+
+// Groups `first` to `first` + 4 of a SHA-1 block, four rounds each, all with the
+// round function F. w[g % 4] holds the schedule words 4g to 4g+3, first word in
+// the top lane; `prev` is a..d as it was before the latest group, whose a,
+// rotated, is the next group's e, which sha1nexte adds to that group's words.
+template <int F>
+__attribute__((target("sha,sse4.1"))) inline void sha1_groups_ni(int first, __m128i* w, __m128i& abcd,
+                                                                __m128i& prev, __m128i e) {
+#pragma GCC unroll 5
+  for (int g = first; g < first + 5; ++g) {
+    if (g >= 4)
+      w[g & 3] = _mm_sha1msg2_epu32(
+          _mm_xor_si128(_mm_sha1msg1_epu32(w[g & 3], w[(g + 1) & 3]), w[(g + 2) & 3]), w[(g + 3) & 3]);
+    __m128i words = g == 0 ? _mm_add_epi32(e, w[0]) : _mm_sha1nexte_epu32(prev, w[g & 3]);
+    prev = abcd;
+    abcd = _mm_sha1rnds4_epu32(abcd, words, F);
+  }
+}
+
+__attribute__((target("sha,sse4.1"))) inline void sha1_blocks_ni(const unsigned char* p, std::size_t count,
+                                                                uint32_t* state) {
+  // Reverses all sixteen bytes: each word turns big-endian and the first word
+  // lands in the top lane, where the instructions want it.
+  const __m128i reverse = _mm_set_epi64x(0x0001020304050607LL, 0x08090a0b0c0d0e0fLL);
+  __m128i abcd = _mm_shuffle_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(state)), 0x1b);
+  __m128i e = _mm_set_epi32(static_cast<int>(state[4]), 0, 0, 0);
+  for (; count > 0; --count, p += 64) {
+    __m128i abcd_in = abcd, prev = abcd;
+    __m128i w[4];
+    for (int i = 0; i < 4; ++i)
+      w[i] = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * i)), reverse);
+    sha1_groups_ni<0>(0, w, abcd, prev, e);
+    sha1_groups_ni<1>(5, w, abcd, prev, e);
+    sha1_groups_ni<2>(10, w, abcd, prev, e);
+    sha1_groups_ni<3>(15, w, abcd, prev, e);
+    e = _mm_sha1nexte_epu32(prev, e);
+    abcd = _mm_add_epi32(abcd, abcd_in);
+  }
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_shuffle_epi32(abcd, 0x1b));
+  state[4] = static_cast<uint32_t>(_mm_extract_epi32(e, 3));
+}
+
+// Compresses `count` 64-byte blocks at `p` into the eight state words. The
+// instructions hold the state as the word pairs ABEF and CDGH and do two rounds
+// each, with message words plus constants four at a time.
+__attribute__((target("sha,sse4.1"))) inline void sha256_blocks_ni(const unsigned char* p, std::size_t count,
+                                                                  uint32_t* state) {
+  alignas(16) static const uint32_t K[64] = {
+      0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
+      0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
+      0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
+      0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
+      0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
+      0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
+      0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
+      0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
+  // Reverses the bytes of each 32-bit lane: message words are big-endian.
+  const __m128i big_endian = _mm_set_epi64x(0x0c0d0e0f08090a0bLL, 0x0405060700010203LL);
+  __m128i dcba = _mm_loadu_si128(reinterpret_cast<const __m128i*>(state));
+  __m128i hgfe = _mm_loadu_si128(reinterpret_cast<const __m128i*>(state + 4));
+  __m128i cdab = _mm_shuffle_epi32(dcba, 0xb1);
+  __m128i efgh = _mm_shuffle_epi32(hgfe, 0x1b);
+  __m128i abef = _mm_alignr_epi8(cdab, efgh, 8);
+  __m128i cdgh = _mm_blend_epi16(efgh, cdab, 0xf0);
+  for (std::size_t block = 0; block < count; ++block, p += 64) {
+    __m128i abef_in = abef, cdgh_in = cdgh;
+    __m128i w[4];  // schedule words 4q to 4q+3 in w[q % 4]
+    for (int i = 0; i < 4; ++i)
+      w[i] = _mm_shuffle_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * i)), big_endian);
+    for (int q = 0; q < 16; ++q) {
+      if (q >= 4) {
+        __m128i sum = _mm_add_epi32(_mm_sha256msg1_epu32(w[q & 3], w[(q + 1) & 3]),
+                                    _mm_alignr_epi8(w[(q + 3) & 3], w[(q + 2) & 3], 4));
+        w[q & 3] = _mm_sha256msg2_epu32(sum, w[(q + 3) & 3]);
+      }
+      __m128i wk = _mm_add_epi32(w[q & 3], _mm_load_si128(reinterpret_cast<const __m128i*>(K + 4 * q)));
+      cdgh = _mm_sha256rnds2_epu32(cdgh, abef, wk);
+      abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(wk, 0x0e));
+    }
+    abef = _mm_add_epi32(abef, abef_in);
+    cdgh = _mm_add_epi32(cdgh, cdgh_in);
+  }
+  __m128i feba = _mm_shuffle_epi32(abef, 0x1b);
+  __m128i dchg = _mm_shuffle_epi32(cdgh, 0xb1);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(state), _mm_blend_epi16(feba, dchg, 0xf0));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(state + 4), _mm_alignr_epi8(dchg, feba, 8));
+}
+#endif
+
+// The compressors of this CPU's SHA instructions, or null where it has none.
+// Variants for other machines join here.
+inline block_function sha1_blocks_fast() {
+#if defined(__x86_64__) && defined(__GNUC__)
+  if (sha_ni_supported()) return sha1_blocks_ni;
+#elif defined(VEXA_ARM_SHA)
+  if (arm_sha1_supported()) return sha1_blocks_arm;
+#endif
+  return nullptr;
+}
+inline block_function sha256_blocks_fast() {
+#if defined(__x86_64__) && defined(__GNUC__)
+  if (sha_ni_supported()) return sha256_blocks_ni;
+#elif defined(VEXA_ARM_SHA)
+  if (arm_sha256_supported()) return sha256_blocks_arm;
+#endif
+  return nullptr;
+}
+
+// Whether the digests use the CPU's SHA instructions where it has them; tests
+// and benchmarks clear these to run the portable rounds.
+inline bool sha1_use_cpu_sha = sha1_blocks_fast() != nullptr;
+inline bool sha256_use_cpu_sha = sha256_blocks_fast() != nullptr;
+
+inline void sha1_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
+  static const block_function fast = sha1_blocks_fast();
+  (fast && sha1_use_cpu_sha ? fast : sha1_blocks_portable)(p, count, state);
+}
+inline void sha256_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
+  static const block_function fast = sha256_blocks_fast();
+  (fast && sha256_use_cpu_sha ? fast : sha256_blocks_portable)(p, count, state);
+}
+
+// The running digest of bytes added in any number of pieces. finish() pads the
+// message (0x80, zeros up to 56 mod 64, the bit length in eight bytes) and gives
+// the digest; the context is then spent.
+template <block_function blocks, int words, bool big_endian>
+struct digest_context {
+  uint32_t state[words];
+  uint64_t length = 0;        // bytes added
+  unsigned char pending[64];  // the start of a block not yet full
+  std::size_t used = 0;
+
+  explicit digest_context(const uint32_t (&initial)[words]) { std::memcpy(state, initial, sizeof state); }
+
+  void add(const void* data, std::size_t n) {
+    if (n == 0) return;  // data may then be null, which memcpy must not see
+    const unsigned char* p = static_cast<const unsigned char*>(data);
+    length += n;
+    if (used > 0) {
+      std::size_t take = n < 64 - used ? n : 64 - used;
+      std::memcpy(pending + used, p, take);
+      used += take;
+      p += take;
+      n -= take;
+      if (used < 64) return;
+      blocks(pending, 1, state);
+      used = 0;
+    }
+    // Whole blocks are compressed where they lie, without a copy.
+    if (n >= 64) blocks(p, n / 64, state);
+    used = n % 64;
+    if (used > 0) std::memcpy(pending, p + n - used, used);
+  }
+
+  std::string finish() {
+    uint64_t bits = length * 8;
+    pending[used++] = 0x80;
+    if (used > 56) {
+      std::memset(pending + used, 0, 64 - used);
+      blocks(pending, 1, state);
+      used = 0;
+    }
+    std::memset(pending + used, 0, 56 - used);
+    for (int i = 0; i < 8; ++i)
+      pending[56 + i] = static_cast<unsigned char>(bits >> (big_endian ? 56 - 8 * i : 8 * i));
+    blocks(pending, 1, state);
+    std::string digest;
+    digest.reserve(4 * words);
+    for (uint32_t s : state) big_endian ? append_be32(digest, s) : append_le32(digest, s);
+    return digest;
+  }
+};
+
+struct md5_context : digest_context<md5_blocks, 4, false> {
+  md5_context() : digest_context({0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476}) {}
+};
+struct sha1_context : digest_context<sha1_blocks, 5, true> {
+  sha1_context() : digest_context({0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0}) {}
+};
+struct sha256_context : digest_context<sha256_blocks, 8, true> {
+  sha256_context()
+      : digest_context({0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a, 0x510e527f, 0x9b05688c, 0x1f83d9ab,
+                        0x5be0cd19}) {}
+};
+
+inline std::string md5(const std::string& input) {
+  md5_context context;
+  context.add(input.data(), input.size());
+  return context.finish();
+}
+
+inline std::string sha1(const std::string& input) {
+  sha1_context context;
+  context.add(input.data(), input.size());
+  return context.finish();
+}
+
+inline std::string sha256(const std::string& input) {
+  sha256_context context;
+  context.add(input.data(), input.size());
+  return context.finish();
 }
 
 }  // namespace base

@@ -1,8 +1,8 @@
 // SHA-1 and SHA-256 block compression through the ARMv8 cryptography
 // instructions, for arm64 CPUs that have them. Each function compresses `count`
 // 64-byte blocks at `p` into the state words at `state`, giving the same words as
-// the portable rounds in digest.hpp, which every other CPU runs. On other machines
-// the checks say no and the functions do nothing.
+// the portable rounds in digest.hpp, which every other CPU runs. They exist only
+// where VEXA_ARM_SHA is defined.
 #pragma once
 
 #include <cstddef>
@@ -100,11 +100,6 @@ VEXA_ARM_SHA_TARGET inline void sha256_blocks_arm(const unsigned char* p, std::s
   vst1q_u32(state, abcd);
   vst1q_u32(state + 4, efgh);
 }
-#else
-inline bool arm_sha1_supported() { return false; }
-inline bool arm_sha256_supported() { return false; }
-inline void sha1_blocks_arm(const unsigned char*, std::size_t, uint32_t*) {}
-inline void sha256_blocks_arm(const unsigned char*, std::size_t, uint32_t*) {}
 #endif
 
 }  // namespace base

@@ -1,48 +1,122 @@
-// Whole-file access. Every open probes for a directory first, because fopen of a
-// directory succeeds on Linux and a later read would fail in a less obvious way.
+// File access: the file-or-directory test, whole-file loading, and a reader that
+// gives the same bytes in fixed blocks. Every open probes for a directory first,
+// because opening a directory succeeds on Linux and a later read would fail in a
+// less obvious way.
 #pragma once
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 namespace base {
 
-inline std::FILE* open_file(const std::string& file) {
+// The size of the blocks the file commands read: a multiple of 64 for the
+// digests, of 3 for the Base64 encoder and of 4 for its decoder.
+constexpr std::size_t block_size = 3 << 16;
+
+// A descriptor open for reading, or -1. A FIFO is opened without waiting for a
+// writer and then read normally: with no writer it reads as empty at once. A
+// socket cannot be opened at all.
+inline int open_read(const std::string& file) {
   if (DIR* dir = opendir(file.c_str())) {
     closedir(dir);
-    return nullptr;
+    return -1;
   }
-  // Opening a FIFO or socket for reading blocks until a writer appears: such a
-  // path counts as not openable, so no command can hang on it.
-  struct stat st;
-  if (stat(file.c_str(), &st) == 0 && (S_ISFIFO(st.st_mode) || S_ISSOCK(st.st_mode))) return nullptr;
-  return std::fopen(file.c_str(), "rb");
+  int fd = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  int flags = fd >= 0 ? fcntl(fd, F_GETFL) : -1;
+  if (flags >= 0) fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
+  return fd;
+}
+
+inline std::FILE* open_file(const std::string& file) {
+  int fd = open_read(file);
+  if (fd < 0) return nullptr;
+  std::FILE* f = fdopen(fd, "rb");
+  if (!f) close(fd);
+  return f;
 }
 
 inline bool exists(const std::string& file) {
-  std::FILE* f = open_file(file);
-  if (!f) return false;
-  std::fclose(f);
+  int fd = open_read(file);
+  if (fd < 0) return false;
+  close(fd);
   return true;
 }
 
-// A path whose size cannot be measured (a pipe, a terminal) loads as empty, like
-// any other unreadable file. A file that shrinks keeps its measured length.
-inline std::string load(const std::string& file) {
-  std::FILE* f = open_file(file);
-  if (!f) return std::string();
-  long size = -1;
-  if (std::fseek(f, 0, SEEK_END) == 0) size = std::ftell(f);
-  std::string contents;
-  if (size > 0 && std::fseek(f, 0, SEEK_SET) == 0) {
-    contents.assign(static_cast<std::string::size_type>(size), '\0');
-    size_t read = std::fread(&contents[0], static_cast<size_t>(size), 1, f);
-    (void)read;  // a short read leaves the remaining bytes zero
+// A file's contents block by block. The length is measured by seeking to the end
+// when the file opens: exactly that many bytes are given, zeros standing in for a
+// tail that is gone by the time it is read. A length of 0 (entries of /proc, and
+// devices such as /dev/zero) gives nothing. A path that cannot seek at all (a
+// pipe, a FIFO, a terminal) is read to its end instead.
+struct reader {
+  int fd;
+  bool measured = true;
+  uint64_t size = 0;  // the measured length
+  uint64_t left = 0;  // bytes of it still to give
+  bool ended = false;
+
+  explicit reader(const std::string& file) : fd(open_read(file)) {
+    if (fd < 0) return;
+    off_t end = lseek(fd, 0, SEEK_END);
+    if (end < 0 && errno == ESPIPE) measured = false;
+    else if (end > 0 && lseek(fd, 0, SEEK_SET) == 0) size = left = static_cast<uint64_t>(end);
   }
-  std::fclose(f);
+  ~reader() {
+    if (fd >= 0) close(fd);
+  }
+  reader(const reader&) = delete;
+  reader& operator=(const reader&) = delete;
+
+  bool is_open() const { return fd >= 0; }
+
+  // Fills buffer with up to n bytes and returns how many; fewer than n only at
+  // the end, 0 once there.
+  std::size_t read(char* buffer, std::size_t n) {
+    if (fd < 0) return 0;
+    if (measured && n > left) n = static_cast<std::size_t>(left);
+    std::size_t got = 0;
+    while (got < n && !ended) {
+      ssize_t r = ::read(fd, buffer + got, n - got);
+      if (r > 0) got += static_cast<std::size_t>(r);
+      else if (r < 0 && errno == EINTR) continue;
+      else ended = true;  // the end, or an error, which ends it as well
+    }
+    if (measured) {
+      std::memset(buffer + got, 0, n - got);
+      got = n;
+      left -= n;
+    }
+    return got;
+  }
+
+  // Starts again from the first byte, for a second pass over a measured file.
+  bool rewind() {
+    if (fd < 0 || !measured || lseek(fd, 0, SEEK_SET) != 0) return false;
+    left = size;
+    ended = false;
+    return true;
+  }
+};
+
+// The whole file in one string: the bytes the reader gives, or an empty string
+// when the file cannot be read.
+inline std::string load(const std::string& file) {
+  reader in(file);
+  std::string contents;
+  if (in.measured) {
+    contents.resize(static_cast<std::string::size_type>(in.size));
+    in.read(&contents[0], contents.size());
+  } else {
+    char block[1 << 16];
+    while (std::size_t got = in.read(block, sizeof block)) contents.append(block, got);
+  }
   return contents;
 }
 
@@ -53,8 +127,8 @@ template <class F>
 void for_each_line(const std::string& file, F callback) {
   std::FILE* f = open_file(file);
   if (!f) return;
-  // A device such as /dev/zero never ends and may hold no line feed: like a file
-  // whose size cannot be measured, it has no lines.
+  // A device such as /dev/zero never ends and may hold no line feed, and a FIFO
+  // may wait for a writer: only regular files have lines.
   struct stat st;
   if (fstat(fileno(f), &st) != 0 || !S_ISREG(st.st_mode)) {
     std::fclose(f);

@@ -1,8 +1,11 @@
-// Number text, digit grouping and hexadecimal text of bytes.
+// Number text, digit grouping, and the text of bytes: hexadecimal, or one code
+// per byte through a table.
 #pragma once
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 namespace base {
@@ -59,6 +62,38 @@ inline std::string hex(const std::string& bytes) {
     text[2 * i + 1] = digits[c & 15];
   }
   return text;
+}
+
+// The code of every byte value, for encoders that turn each byte into text on
+// its own: up to four characters, of which size[c] count.
+struct byte_codes {
+  char text[256][4];
+  uint8_t size[256];
+};
+
+// Writes the codes of n bytes into out, which has room for 4 * n characters, and
+// returns the count of characters written. Every code is stored as four
+// characters and the next one starts after its size, so a byte costs one store
+// whatever its code. Taking eight input bytes into a local first spares a
+// reload of each after the store, which might have changed it for all the
+// compiler knows.
+inline std::size_t encode_bytes(const byte_codes& codes, const unsigned char* in, std::size_t n, char* out) {
+  char* o = out;
+  std::size_t i = 0;
+  for (; i + 8 <= n; i += 8) {
+    unsigned char c[8];
+    std::memcpy(c, in + i, 8);
+#pragma GCC unroll 8
+    for (int k = 0; k < 8; ++k) {
+      std::memcpy(o, codes.text[c[k]], 4);
+      o += codes.size[c[k]];
+    }
+  }
+  for (; i < n; ++i) {
+    std::memcpy(o, codes.text[in[i]], 4);
+    o += codes.size[in[i]];
+  }
+  return static_cast<std::size_t>(o - out);
 }
 
 }  // namespace base

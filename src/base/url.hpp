@@ -1,17 +1,22 @@
 // Percent-encoding of bytes. With escape_reserved false the bytes kept are those of
-// ECMAScript's encodeURI, with it true those of encodeURIComponent.
+// ECMAScript's encodeURI, with it true those of encodeURIComponent. The block
+// functions do the work for whole strings and for files read in pieces alike.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <string>
 
+#include "base/text.hpp"
+
 namespace base {
 
-inline std::string url_encode(const std::string& text, bool escape_reserved) {
+// Encodes n bytes into out, which has room for 4 * n characters, and returns the
+// count of characters written.
+inline std::size_t url_encode_block(const unsigned char* in, std::size_t n, bool escape_reserved, char* out) {
   static const std::string reserved = ";,/?:@&=+$#";
   static const std::string unreserved = "-_.!~*'()";
-  // esc[c] is 1 for a byte escaped whatever the flag, so most bytes cost one lookup.
+  // esc[c] is 1 for a byte escaped whatever the flag.
   static const std::array<uint8_t, 256> esc = [] {
     std::array<uint8_t, 256> t;
     for (int c = 0; c < 256; ++c) {
@@ -22,42 +27,75 @@ inline std::string url_encode(const std::string& text, bool escape_reserved) {
     }
     return t;
   }();
-  static const char digits[] = "0123456789ABCDEF";
-  std::string encoded;
-  encoded.reserve(text.size());
-  for (char ch : text) {
-    uint8_t c = static_cast<uint8_t>(ch);
-    if (esc[c] || (escape_reserved && reserved.find(ch) != std::string::npos)) {
-      encoded += '%';
-      encoded += digits[c >> 4];
-      encoded += digits[c & 15];
-    } else {
-      encoded += ch;
+  // Each byte's code under either flag, so the loop is one lookup a byte.
+  static const std::array<byte_codes, 2> codes = [] {
+    static const char digits[] = "0123456789ABCDEF";
+    std::array<byte_codes, 2> t;
+    for (int flag = 0; flag < 2; ++flag)
+      for (int c = 0; c < 256; ++c) {
+        char* text = t[flag].text[c];
+        if (esc[c] || (flag && reserved.find(static_cast<char>(c)) != std::string::npos)) {
+          text[0] = '%';
+          text[1] = digits[c >> 4];
+          text[2] = digits[c & 15];
+          t[flag].size[c] = 3;
+        } else {
+          text[0] = static_cast<char>(c);
+          t[flag].size[c] = 1;
+        }
+      }
+    return t;
+  }();
+  return encode_bytes(codes[escape_reserved], in, n, out);
+}
+
+// Decodes n bytes into out, which has room for n bytes, and returns the count of
+// bytes decoded; `used` is set to the count of input bytes taken. A "%" with
+// fewer than two bytes after it stays as it is at the end of the input (`last`),
+// and is otherwise left, with what follows it, for the next piece to complete.
+//
+// Escape digits are not checked: any byte goes through the digit arithmetic, and
+// unsigned wrap-around keeps the low eight bits of a negative digit value.
+inline std::size_t url_decode_block(const unsigned char* in, std::size_t n, bool last, bool plus_to_space,
+                                    char* out, std::size_t& used) {
+  static const std::array<uint8_t, 256> digit = [] {
+    std::array<uint8_t, 256> t;
+    for (uint32_t x = 0; x < 256; ++x) t[x] = static_cast<uint8_t>(x > 96 ? x - 87 : x > 64 ? x - 55 : x - 48);
+    return t;
+  }();
+  char* o = out;
+  std::size_t i = 0;
+  while (i < n) {
+    unsigned char c = in[i];
+    if (c == '%') {
+      if (i + 2 < n) {
+        *o++ = static_cast<char>(digit[in[i + 1]] * 16 + digit[in[i + 2]]);
+        i += 3;
+        continue;
+      }
+      if (!last) break;
+    } else if (c == '+' && plus_to_space) {
+      c = ' ';
     }
+    *o++ = static_cast<char>(c);
+    ++i;
   }
+  used = i;
+  return static_cast<std::size_t>(o - out);
+}
+
+inline std::string url_encode(const std::string& text, bool escape_reserved) {
+  std::string encoded(4 * text.size(), '\0');
+  encoded.resize(url_encode_block(reinterpret_cast<const unsigned char*>(text.data()), text.size(),
+                                  escape_reserved, &encoded[0]));
   return encoded;
 }
 
-// Escape digits are not checked: any byte goes through the digit arithmetic, and
-// unsigned wrap-around keeps the low eight bits of a negative digit value.
 inline std::string url_decode(const std::string& text, bool plus_to_space) {
-  auto digit = [](char ch) -> uint32_t {
-    uint32_t x = static_cast<uint8_t>(ch);
-    return x > 96 ? x - 87 : x > 64 ? x - 55 : x - 48;
-  };
-  std::string decoded;
-  decoded.reserve(text.size());
-  for (std::string::size_type i = 0; i < text.size(); ++i) {
-    char ch = text[i];
-    if (ch == '%' && i + 2 < text.size()) {
-      decoded += static_cast<char>((digit(text[i + 1]) * 16 % 256 + digit(text[i + 2])) % 256);
-      i += 2;
-    } else if (ch == '+' && plus_to_space) {
-      decoded += ' ';
-    } else {
-      decoded += ch;
-    }
-  }
+  std::string decoded(text.size(), '\0');
+  std::size_t used;
+  decoded.resize(url_decode_block(reinterpret_cast<const unsigned char*>(text.data()), text.size(), true,
+                                  plus_to_space, &decoded[0], used));
   return decoded;
 }
 

@@ -7,12 +7,11 @@
 #include <ctime>
 
 #include "base/base64.hpp"
-#include "base/digest.hpp"
-#include "base/file.hpp"
 #include "base/random.hpp"
 #include "base/text.hpp"
 #include "base/url.hpp"
 #include "calendar/calendar.hpp"
+#include "session/streams.hpp"
 
 namespace commands {
 
@@ -30,63 +29,30 @@ void unhex(const std::string& args, vexa::parser&) {
   std::printf("%d\n", to_int32_text(args, 16));
 }
 
-void md5(const std::string& args, vexa::parser&) {
-  std::puts(base::hex(base::md5(base::load(args))).c_str());
-}
+// The file commands read their file in blocks; the coders fall back to the
+// argument as text when no file of that name can be opened.
+void md5(const std::string& args, vexa::parser&) { streams::md5(args, stdout); }
 
-void sha1(const std::string& args, vexa::parser&) {
-  std::puts(base::hex(base::sha1(base::load(args))).c_str());
-}
+void sha1(const std::string& args, vexa::parser&) { streams::sha1(args, stdout); }
 
-void sha256(const std::string& args, vexa::parser&) {
-  std::puts(base::hex(base::sha256(base::load(args))).c_str());
-}
+void sha256(const std::string& args, vexa::parser&) { streams::sha256(args, stdout); }
 
-static std::string escape_c(const std::string& bytes) {
-  std::string out;
-  out.reserve(bytes.size());
-  for (char ch : bytes) {
-    unsigned char c = static_cast<unsigned char>(ch);
-    switch (c) {
-      case '"': out += "\\\""; break;
-      case '\\': out += "\\\\"; break;
-      case '\b': out += "\\b"; break;
-      case '\f': out += "\\f"; break;
-      case '\n': out += "\\n"; break;
-      case '\r': out += "\\r"; break;
-      case '\t': out += "\\t"; break;
-      case 0: out += "\\0"; break;
-      default:
-        if (c >= 32 && c <= 126) out += ch;
-        else out += "\\x" + base::hex(std::string(1, ch));
-    }
-  }
-  return out;
-}
-
-void escape(const std::string& args, vexa::parser&) {
-  std::puts(escape_c(base::load(args)).c_str());
-}
-
-// The argument names a file if one exists by that name; otherwise it is the text.
-static std::string file_or_text(const std::string& args) {
-  return base::exists(args) ? base::load(args) : args;
-}
+void escape(const std::string& args, vexa::parser&) { streams::escape(args, stdout); }
 
 void base64(const std::string& args, vexa::parser&) {
-  std::puts(base::base64(file_or_text(args)).c_str());
+  if (!streams::base64(args, stdout)) std::puts(base::base64(args).c_str());
 }
 
 void unbase64(const std::string& args, vexa::parser&) {
-  std::puts(base::unbase64(file_or_text(args)).c_str());
+  if (!streams::unbase64(args, stdout)) std::puts(base::unbase64(args).c_str());
 }
 
 void url_decode(const std::string& args, vexa::parser&) {
-  std::puts(base::url_decode(file_or_text(args), false).c_str());
+  if (!streams::url_decode(args, stdout)) std::puts(base::url_decode(args, false).c_str());
 }
 
 void url_encode(const std::string& args, vexa::parser&) {
-  std::puts(base::url_encode(file_or_text(args), false).c_str());
+  if (!streams::url_encode(args, stdout)) std::puts(base::url_encode(args, false).c_str());
 }
 
 // A variable's value when the text names one.

@@ -23,10 +23,10 @@ struct algorithm {
 };
 
 const algorithm algorithms[] = {
-    {"SHA-1", base::sha1, &base::sha1_use_arm_sha, base::arm_sha1_supported,
+    {"SHA-1", base::sha1, &base::sha1_use_cpu_sha, base::arm_sha1_supported,
      {"da39a3ee5e6b4b0d3255bfef95601890afd80709", "a9993e364706816aba3e25717850c26c9cd0d89d",
       "84983e441c3bd26ebaae4aa1f95129e5e54670f1", "34aa973cd4c4daa4f61eeb2bdbad27316534016f"}},
-    {"SHA-256", base::sha256, &base::sha256_use_arm_sha, base::arm_sha256_supported,
+    {"SHA-256", base::sha256, &base::sha256_use_cpu_sha, base::arm_sha256_supported,
      {"e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855",
       "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad",
       "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1",

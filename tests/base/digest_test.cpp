@@ -21,10 +21,10 @@ struct vector_case {
 
 // SHA-256 through its portable rounds, whatever the CPU offers.
 std::string sha256_portable(const std::string& input) {
-  bool saved = base::sha256_use_sha_ni;
-  base::sha256_use_sha_ni = false;
+  bool saved = base::sha256_use_cpu_sha;
+  base::sha256_use_cpu_sha = false;
   std::string digest = base::sha256(input);
-  base::sha256_use_sha_ni = saved;
+  base::sha256_use_cpu_sha = saved;
   return digest;
 }
 

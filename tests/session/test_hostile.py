@@ -56,7 +56,7 @@ def cases():
         ("deleted file digest", b"md5 gone", b"", digest(b"md5")),
         ("symlinks to devices run nothing", None, b"null.frm\nzero.frm\n1\n", b"> > > ans = 1\n> "),
         ("FIFO and socket formulas", None, b"p.frm 1 2\ns.frm\n",
-         b"> File not found: p.frm\n> File not found: s.frm\n> "),
+         b"> > File not found: s.frm\n> "),
         ("FIFO as input", None, None, b"> ans = 2\n> "),
         ("verify odd strings", None, verify, prompts(verify, b"Found after 1 hashes", 2)),
     ]
@@ -72,7 +72,7 @@ def cases():
     text = lambda n: empty + [base64.b64encode(n) + b"\n", base64.b64decode(n) + b"\n",  # noqa
                               n + b"\n", n + b"\n"]  # the coders take the name as their text
     targets = {b"Zm9v": text(b"Zm9v"), b"/dev/null": empty + [b"\n"] * 4, b"p.frm":
-               text(b"p.frm")[:5], **({b"c2VhbGVk": text(b"c2VhbGVk")} if os.geteuid() else {})}
+               empty + [b"\n"], **({b"c2VhbGVk": text(b"c2VhbGVk")} if os.geteuid() else {})}
     return rows + [("%s %s" % (w.decode(), name.decode()), w + b" " + name, b"", out)
                    for name, outs in targets.items() for w, out in zip(FILE_WORDS, outs)]
 

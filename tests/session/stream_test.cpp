@@ -1,0 +1,137 @@
+// The file commands read in blocks must print exactly what the whole-string
+// functions give for the whole contents, at sizes around the block size, from a
+// file and from a pipe alike.
+#include "session/streams.hpp"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <string>
+
+#include "base/base64.hpp"
+#include "base/digest.hpp"
+#include "base/file.hpp"
+#include "base/text.hpp"
+#include "base/url.hpp"
+
+namespace {
+
+const std::size_t B = base::block_size;
+const std::size_t sizes[] = {0, 1, B - 1, B, B + 1, 3 * B + 1, 3 * B + 2};
+
+using stream_fn = bool (*)(const std::string&, std::FILE*);
+
+// What `run` prints for `input`, read from a file (pipe false) or from a pipe
+// that cat feeds.
+std::string streamed(stream_fn run, const std::string& input, bool pipe) {
+  std::string dir = testing::TempDir() + "vexa_stream_XXXXXX";
+  if (!mkdtemp(&dir[0])) return "<no temporary folder>";
+  std::string path = dir + "/input";
+  std::FILE* f = std::fopen(path.c_str(), "wb");
+  std::fwrite(input.data(), 1, input.size(), f);
+  std::fclose(f);
+  std::FILE* feed = pipe ? popen(("cat '" + path + "'").c_str(), "r") : nullptr;
+  std::FILE* out = std::tmpfile();
+  bool opened = run(feed ? "/dev/fd/" + std::to_string(fileno(feed)) : path, out);
+  if (feed) pclose(feed);
+  std::string printed(static_cast<std::size_t>(std::ftell(out)), '\0');
+  std::rewind(out);
+  if (!printed.empty() && std::fread(&printed[0], printed.size(), 1, out) != 1) printed = "<short read>";
+  std::fclose(out);
+  std::remove(path.c_str());
+  rmdir(dir.c_str());
+  return opened ? printed : "<not opened>";
+}
+
+// What puts prints of a result: up to its first zero byte, then a line feed.
+std::string puts_of(const std::string& text) { return text.substr(0, text.find('\0')) + "\n"; }
+
+std::string bytes_of(std::size_t n, unsigned seed) {
+  std::string bytes(n, '\0');
+  for (std::size_t i = 0; i < n; ++i) bytes[i] = char((i * 131 + seed + (i >> 7)) & 0xff);
+  return bytes;
+}
+
+std::string c_escape(const std::string& bytes) {
+  std::string text;
+  for (unsigned char c : bytes) {
+    switch (c) {
+      case '"': text += "\\\""; break;
+      case '\\': text += "\\\\"; break;
+      case '\b': text += "\\b"; break;
+      case '\f': text += "\\f"; break;
+      case '\n': text += "\\n"; break;
+      case '\r': text += "\\r"; break;
+      case '\t': text += "\\t"; break;
+      case 0: text += "\\0"; break;
+      default: text += c >= 32 && c <= 126 ? std::string(1, char(c)) : "\\x" + base::hex(std::string(1, char(c)));
+    }
+  }
+  return text;
+}
+
+// A digest or escape command as a stream_fn: it always opens, even nothing.
+template <void (*run)(const std::string&, std::FILE*)>
+bool always(const std::string& file, std::FILE* out) {
+  run(file, out);
+  return true;
+}
+
+TEST(Streams, EncodersAndDigestsMatchTheWholeStringFunctions) {
+  for (bool pipe : {false, true})
+    for (std::size_t n : sizes) {
+      std::string input = bytes_of(n, 7);
+      std::string where = (pipe ? "pipe of " : "file of ") + std::to_string(n) + " bytes";
+      EXPECT_EQ(streamed(always<streams::md5>, input, pipe), base::hex(base::md5(input)) + "\n") << where;
+      EXPECT_EQ(streamed(always<streams::sha1>, input, pipe), base::hex(base::sha1(input)) + "\n") << where;
+      EXPECT_EQ(streamed(always<streams::sha256>, input, pipe), base::hex(base::sha256(input)) + "\n") << where;
+      EXPECT_EQ(streamed(always<streams::escape>, input, pipe), c_escape(input) + "\n") << where;
+      EXPECT_EQ(streamed(streams::base64, input, pipe), base::base64(input) + "\n") << where;
+      EXPECT_EQ(streamed(streams::url_encode, input, pipe), base::url_encode(input, false) + "\n") << where;
+    }
+}
+
+// Base64 text of every size around the blocks, some with a zero byte early or
+// late (which ends the text) and decoded zero bytes (which end what is printed).
+TEST(Streams, Unbase64MatchesTheWholeStringFunction) {
+  const std::string warning = std::string(base::base64_length_warning) + "\n";
+  for (bool pipe : {false, true})
+    for (std::size_t n : sizes)
+      for (std::size_t zero : {std::size_t(0), std::size_t(6), B + 3, 3 * B}) {
+        std::string bytes = bytes_of(n, 1) + "x";  // "x": a tail of any length
+        for (char& c : bytes) c = c == 0 ? 'z' : c;
+        // Padding and strangers in the second half, so that the first decodes to
+        // no zero byte and a pipe's decoded bytes overflow the spool's memory.
+        std::string text = base::base64(bytes).substr(0, n);
+        for (std::size_t i = n / 2; i < n; i += 97) text[i] = "A=~"[i % 3];
+        if (zero != 0 && zero < n) text[zero] = '\0';
+        std::size_t end = text.find('\0') == std::string::npos ? n : text.find('\0');
+        std::string expected = (end % 4 ? warning : "") + puts_of(base::unbase64(text.substr(0, end / 4 * 4)));
+        EXPECT_EQ(streamed(streams::unbase64, text, pipe), expected)
+            << (pipe ? "pipe of " : "file of ") << n << " bytes, zero at " << zero;
+      }
+}
+
+// An escape cut by a block's end decodes as in one piece, and one too short at
+// the very end stays as it is.
+TEST(Streams, UrlDecodeMatchesTheWholeStringFunction) {
+  for (bool pipe : {false, true})
+    for (std::size_t n : sizes)
+      for (std::size_t percent : {B - 3, B - 2, B - 1, n - 2, n - 1}) {
+        std::string text = base::url_encode(bytes_of(n, 3), false).substr(0, n);
+        for (char& c : text) c = c == '%' || c == 0 ? 'z' : c;
+        for (std::size_t at = percent; at < n && at < percent + 3; ++at) text[at] = "%4a"[at - percent];
+        if (n > 40) text[n - 20] = '\0';  // a zero byte late ends what is printed
+        EXPECT_EQ(streamed(streams::url_decode, text, pipe), puts_of(base::url_decode(text, false)))
+            << (pipe ? "pipe of " : "file of ") << n << " bytes, % at " << percent;
+      }
+  EXPECT_EQ(streamed(streams::url_decode, "ab%00cd", false), "ab\n");
+}
+
+TEST(Streams, CodersGiveUpOnPathsThatDoNotOpen) {
+  for (stream_fn run : {streams::base64, streams::unbase64, streams::url_encode, streams::url_decode})
+    EXPECT_FALSE(run(testing::TempDir() + "/vexa_no_such_file", stdout));
+}
+
+}  // namespace
