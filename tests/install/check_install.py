@@ -145,7 +145,7 @@ def check_examples(tmp):
                 wanted = "".join("> " if l.startswith("> ") else l + "\n" for l in lines)
             else:
                 stdin, wanted = "", "".join(l + "\n" for l in lines)
-            out = run(["sh", "-c", cmd], stdin.encode(), os.path.join(SOURCE, cwd), path_env)[1]
+            out = run(["bash", "-c", cmd], stdin.encode(), os.path.join(SOURCE, cwd), path_env)[1]
             expect("%s: %s" % (source, cmd), out.decode(), wanted)
     # Each example file against its known output; prompts without arguments read standard input.
     cases = [
