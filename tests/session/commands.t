@@ -1,6 +1,6 @@
 The utility commands as a black box: $VEXA is the program under test; each runs
-the command its first argument names once for every further argument, the
-outputs on one line, and r runs a session on its input, each prompt shown as "| ".
+a command once per further argument, outputs on one line, and r runs a session
+on its input, each prompt shown as "| ".
 
   $ set -o pipefail; vexa() { "$VEXA" "$@"; }; each() { for a in "${@:2}"; do vexa $1 "$a"; done | paste -sd ' '; }
   $ r() { vexa | tail -n +3 | sed 's/> /| /g'; echo; }
@@ -11,8 +11,8 @@ hex reads a decimal and unhex a hexadecimal 32-bit integer as strtol does, clamp
   ffffffff 0 a 0 7fffffff 80000000
   16 -10 2147483647 -2147483648 0
 
-The digests and escape read the file the whole argument names, a missing file, a
-directory or a FIFO as empty; the codings take the text when no file has its name.
+The digests and escape read the file the argument names (a missing file, a
+directory or a FIFO as empty); the codings take the text if no file has its name.
 
   $ printf 'notes\n' > 'my notes.txt'; printf '\0\377hi\n' > hello; mkdir dir; mkfifo fifo
   $ vexa md5 my notes.txt; vexa sha1 my notes.txt; vexa sha256 my notes.txt; each md5 x dir fifo '' | tr ' ' '\n' | uniq -c
@@ -29,8 +29,7 @@ directory or a FIFO as empty; the codings take the text when no file has its nam
   a%20b/c
   a+b!
 
-comma, gmtime and localtime take a variable's value (comma the last answer when
-no name is given), else comma the text and the times strtod's number or now.
+comma and the times take a variable's value, or else the text or its number.
 
   $ each comma 1234567 123456 pi sin ' 1000' -1234.5; printf '1234567\ncomma\n' | r
   1,234,567 123,456 3.14159 0 1,000 -1,234.5
@@ -49,8 +48,7 @@ no name is given), else comma the text and the times strtod's number or now.
   $ vexa uuid
   [0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12} (re)
 
-verify walks a SHA-256 chain from its start to its end, refusing a malformed
-benchmark string at once.
+verify walks a SHA-256 chain from its start to its end.
 
   $ a=abcdefghijkmnpqrstuvwxyzABCDEFGHJKLMNPQRTUVWXY346789abcdefghijkm; z=$a
   $ for i in $(seq 100); do z=$(printf %s "$z" | sha256sum | cut -c1-64); done
