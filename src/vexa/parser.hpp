@@ -94,7 +94,12 @@ bool parser::left_to_right(expression* expr, const char* ops, Combine combine) {
 // negative one) or make it NaN (0 times infinity), so the rest need not be walked.
 inline double settle_product(double r, double from, double b) {
   double lowest = b < -2147483648.0 ? -2147483648.0 : std::floor(b) + 1;
-  if (std::isinf(r) && from >= 0 && lowest <= 0) return NAN;
+  if (std::isinf(r) && from >= 0 && lowest <= 0) {
+    // The NaN of the multiplication itself, whose sign the platform chooses (x86
+    // sets it); later factors pass a NaN on unchanged.
+    volatile double zero = 0.0;
+    return r * zero;
+  }
   double highest_negative = from < -1 ? from : -1;
   double negatives = highest_negative >= lowest ? highest_negative - lowest + 1 : 0;
   return std::fmod(negatives, 2) == 1 ? -r : r;
