@@ -66,36 +66,18 @@ def deroff(line):
     return line.replace("\\e", "\\")
 
 
-def example_blocks(path):
-    """The man page's .EX/.EE blocks or the README's indented blocks, as lists of lines."""
-    blocks, block = [], None
-    for line in open(path, encoding="utf-8").read().splitlines() + [""]:
-        if path.endswith(".1"):
-            if line == ".EX":
-                block = []
-            elif line == ".EE":
-                blocks.append(block)
-                block = None
-            elif block is not None:
-                block.append(deroff(line))
-        elif line.startswith("    ") or (block is not None and not line):
-            block = block if block is not None else []
-            block.append(line[4:])
-        elif block is not None:
-            blocks.append(block)
-            block = None
-    return blocks
-
-
 def shown_runs(path):
-    """(command, output lines) for every "$ vexa ..." line of a file's examples; the
-    lines of a block before its first "$" are no output."""
+    """(command, output lines) for every "$ vexa ..." line in the page's .EX/.EE blocks
+    or the README's indented blocks; lines before a block's first "$" are no output."""
+    text = open(path, encoding="utf-8").read()
+    if path.endswith(".1"):
+        blocks = [deroff(b) for b in re.findall(r"^\.EX\n(.*?)^\.EE$", text, re.M | re.S)]
+    else:
+        blocks = ["\n".join(l[4:] for l in b.splitlines()) for b in re.findall(r"(?:^    .*\n|^\n)+", text, re.M)]
     runs = []
-    for block in example_blocks(path):
-        while block and not block[-1]:
-            block.pop()
+    for block in blocks:
         current = None
-        for line in block:
+        for line in block.rstrip("\n").splitlines():
             if line.startswith("$ "):
                 current = (line[2:], [])
                 runs.append(current)
