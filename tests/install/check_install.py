@@ -120,11 +120,10 @@ def check_package(tmp):
         return print(out.decode(), err.decode())
     deb = debs[0]
     field = lambda name: run(["dpkg-deb", "-f", deb, name])[1].decode().strip()
-    expect("file name", os.path.basename(deb), "vexa_%s_%s.deb" % (VERSION, field("Architecture")))
-    expect("fields", [field("Package"), field("Version"), field("Section")], ["vexa", VERSION, "math"])
-    expect("maintainer, summary, description, libc dependency",
-           [bool(re.search(r"<.+@.+>", field("Maintainer"))), len(field("Description").splitlines()) > 2,
-            "libc6" in field("Depends")], [True, True, True])
+    expect("file name, fields", [os.path.basename(deb), field("Package"), field("Version"), field("Section"),
+                                 bool(re.search(r"<.+@.+>", field("Maintainer"))),
+                                 len(field("Description").splitlines()) > 2, "libc6" in field("Depends")],
+           ["vexa_%s_%s.deb" % (VERSION, field("Architecture")), "vexa", VERSION, "math", True, True, True])
     listing = run(["dpkg-deb", "-c", deb])[1].decode()
     files = [line.split()[-1] for line in listing.splitlines() if line.startswith("-")]
     expect("files", [f for f in files if "/examples/" not in f],
