@@ -59,15 +59,9 @@ verify walks a SHA-256 chain from its start to its end.
   ~0 hashes per second
   Invalid benchmark string. Invalid benchmark string. Invalid benchmark string. Invalid benchmark string.
 
-The file commands read a pipe to its end and a FIFO without a writer as empty at
-once; the unit tests check their blocks against the whole-string functions.
+The file commands read a pipe to its end (as the README's examples show too) and a
+FIFO without a writer as empty at once.
 
-  $ printf hi | vexa sha256 /dev/stdin; vexa base64 <(printf hi); vexa md5 /dev/stdin < /dev/null
-  8f434346648f6b96df89dda901c5176b10a6d83961dd3c1ac88b59b2dc327aa4
-  aGk=
-  d41d8cd98f00b204e9800998ecf8427e
-  $ printf 'a"\0\n\377' | vexa escape /dev/stdin; vexa base64 fifo; vexa sha1 fifo; vexa unbase64 fifo
+  $ printf 'a"\0\n\377' | vexa escape /dev/stdin; vexa unbase64 fifo
   a\"\0\n\xff
-  
-  da39a3ee5e6b4b0d3255bfef95601890afd80709
   
