@@ -167,7 +167,8 @@ TEST(Base, RandomText) {
   for (char c : alphabet) EXPECT_NE(s.find(c), std::string::npos) << c;
   std::set<std::string> texts;  // each seeded afresh from the random device, no digit fixed
   std::set<char> version, variant;
-  for (int i = 0; i < 16; ++i) {
+  unsigned char seen[16] = {};  // every bit of every byte set by some UUID of 32
+  for (int i = 0; i < 32; ++i) {
     std::srand(1);
     unsigned char b[17] = {};
     b[16] = 0xa5;
@@ -175,8 +176,10 @@ TEST(Base, RandomText) {
     EXPECT_EQ(text + hex.substr(32), hex.substr(0, 8) + "-" + hex.substr(8, 4) + "-" +
               hex.substr(12, 4) + "-" + hex.substr(16, 4) + "-" + hex.substr(20, 12) + "a5");
     texts.insert(text), version.insert(text[14]), variant.insert(text[19]);
+    for (int k = 0; k < 16; ++k) seen[k] |= b[k];
   }
-  EXPECT_EQ(texts.size(), 16u);
+  EXPECT_EQ(std::string(seen, seen + 16), std::string(16, '\xff'));
+  EXPECT_EQ(texts.size(), 32u);
   EXPECT_GT(version.size(), 1u);
   EXPECT_GT(variant.size(), 4u);
 }

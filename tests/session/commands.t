@@ -29,6 +29,13 @@ directory or a FIFO as empty); the codings take the text if no file has its name
   a%20b/c
   a+b!
 
+No command keeps a file open: with 12 descriptors, forty opens still work.
+
+  $ echo 'show 1' > t.frm; (ulimit -n 12; printf 'base64 hello\nt.frm\n%.0s' $(seq 20) | r | tail -n 3)
+  | AP9oaQo=
+  | 1 = 1
+  | 
+
 comma and the times take a variable's value, or else the text or its number.
 
   $ each comma 1234567 123456 pi sin ' 1000' -1234.5; printf '1234567\ncomma\n' | r

@@ -40,6 +40,9 @@ Commands are whole lines or first words, compared exactly; a first word ending i
   $ vexa help | sha256sum; vexa formula | sha256sum
   faeb67da8c75c17d8ffae6229f0f40359b6f131ce76b8979627b8b808dbcf996  -
   495f1ba91374478f568c5c26df42795cef51e00b42637890fe32f262664c9c53  -
+  $ s help formula 2+2 | tail -n 2
+  | ans = 4
+  | 
   $ s 'x = 5' 'debug on' reset 1 'debug off' x
   | ans = 5
   | | | [0][0](1) = 2
