@@ -36,14 +36,15 @@ No command keeps a file open: with 12 descriptors, forty opens still work.
   | 1 = 1
   | 
 
-comma and the times take a variable's value, or else the text or its number.
+comma and the times take a variable's value, or else the text or its number; gmtime
+ignores the zone.
 
   $ each comma 1234567 123456 pi sin ' 1000' -1234.5; printf '1234567\ncomma\n' | r
   1,234,567 123,456 3.14159 0 1,000 -1,234.5
   | ans = 1234567
   | 1,234,567
   | 
-  $ vexa gmtime abc; vexa gmtime | grep -c "^$(date -u +%Y)-"; printf '1000000000\nlocaltime ans\n' | TZ=UTC-2 r
+  $ TZ=UTC-2 vexa gmtime abc; vexa gmtime | grep -c "^$(date -u +%Y)-"; printf '1000000000\nlocaltime ans\n' | TZ=UTC-2 r
   1970-01-01 00:00:00 AM Thu
   1
   | ans = 1000000000
