@@ -14,6 +14,7 @@
 #include <string>
 
 #include "base/digest_arm.hpp"
+#include "base/sha_constants.hpp"
 
 #if defined(__x86_64__) && defined(__GNUC__)
 #include <cpuid.h>
@@ -88,8 +89,6 @@ inline void md5_blocks(const unsigned char* p, std::size_t count, uint32_t* stat
 }
 
 inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
-  static const uint32_t K[4] = {0x5a827999, 0x6ed9eba1, 0x8f1bbcdc, 0xca62c1d6};
-
   for (; count > 0; --count, p += 64) {
     uint32_t w[80];
     for (int t = 0; t < 16; ++t) w[t] = read_be32(p + 4 * t);
@@ -114,13 +113,13 @@ inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint
     };
     // Unrolled by the compiler, the step loops keep a..e in registers with no moves.
 #pragma GCC unroll 20
-    for (int t = 0; t < 20; ++t) step((b & c) ^ (~b & d), K[0], w[t]);            // Ch
+    for (int t = 0; t < 20; ++t) step((b & c) ^ (~b & d), sha1_k[0], w[t]);       // Ch
 #pragma GCC unroll 20
-    for (int t = 20; t < 40; ++t) step(b ^ c ^ d, K[1], w[t]);                     // Parity
+    for (int t = 20; t < 40; ++t) step(b ^ c ^ d, sha1_k[1], w[t]);                // Parity
 #pragma GCC unroll 20
-    for (int t = 40; t < 60; ++t) step((b & c) ^ (b & d) ^ (c & d), K[2], w[t]);  // Maj
+    for (int t = 40; t < 60; ++t) step((b & c) ^ (b & d) ^ (c & d), sha1_k[2], w[t]);  // Maj
 #pragma GCC unroll 20
-    for (int t = 60; t < 80; ++t) step(b ^ c ^ d, K[3], w[t]);                     // Parity
+    for (int t = 60; t < 80; ++t) step(b ^ c ^ d, sha1_k[3], w[t]);                // Parity
     state[0] += a;
     state[1] += b;
     state[2] += c;
@@ -299,15 +298,6 @@ __attribute__((target("sha,sse4.1"))) inline void sha1_blocks_ni(const unsigned 
 // each, with message words plus constants four at a time.
 __attribute__((target("sha,sse4.1"))) inline void sha256_blocks_ni(const unsigned char* p, std::size_t count,
                                                                   uint32_t* state) {
-  alignas(16) static const uint32_t K[64] = {
-      0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-      0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-      0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-      0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-      0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-      0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-      0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-      0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
   // Reverses the bytes of each 32-bit lane: message words are big-endian.
   const __m128i big_endian = _mm_set_epi64x(0x0c0d0e0f08090a0bLL, 0x0405060700010203LL);
   __m128i dcba = _mm_loadu_si128(reinterpret_cast<const __m128i*>(state));
@@ -327,7 +317,7 @@ __attribute__((target("sha,sse4.1"))) inline void sha256_blocks_ni(const unsigne
                                     _mm_alignr_epi8(w[(q + 3) & 3], w[(q + 2) & 3], 4));
         w[q & 3] = _mm_sha256msg2_epu32(sum, w[(q + 3) & 3]);
       }
-      __m128i wk = _mm_add_epi32(w[q & 3], _mm_load_si128(reinterpret_cast<const __m128i*>(K + 4 * q)));
+      __m128i wk = _mm_add_epi32(w[q & 3], _mm_load_si128(reinterpret_cast<const __m128i*>(sha256_k + 4 * q)));
       cdgh = _mm_sha256rnds2_epu32(cdgh, abef, wk);
       abef = _mm_sha256rnds2_epu32(abef, cdgh, _mm_shuffle_epi32(wk, 0x0e));
     }

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/sha_constants.hpp"
+
 // g++ switches the SHA instructions on for the functions below alone, through
 // their target attribute; clang 14's arm_neon.h declares them only when the whole
 // build targets them (-march=armv8-a+crypto). The vector loads assume
@@ -38,7 +40,6 @@ VEXA_ARM_SHA_TARGET inline uint32x4_t arm_load_be32x4(const unsigned char* p) {
 // The instructions hold the state as the words A to D in one vector and E in a
 // scalar, and do four steps at a time with message words plus constant.
 VEXA_ARM_SHA_TARGET inline void sha1_blocks_arm(const unsigned char* p, std::size_t count, uint32_t* state) {
-  static const uint32_t K[4] = {0x5a827999, 0x6ed9eba1, 0x8f1bbcdc, 0xca62c1d6};
   uint32x4_t abcd = vld1q_u32(state);
   uint32_t e = state[4];
   for (std::size_t block = 0; block < count; ++block, p += 64) {
@@ -51,7 +52,7 @@ VEXA_ARM_SHA_TARGET inline void sha1_blocks_arm(const unsigned char* p, std::siz
     for (int q = 0; q < 20; ++q) {
       if (q >= 4)
         w[q & 3] = vsha1su1q_u32(vsha1su0q_u32(w[q & 3], w[(q + 1) & 3], w[(q + 2) & 3]), w[(q + 3) & 3]);
-      uint32x4_t wk = vaddq_u32(w[q & 3], vdupq_n_u32(K[q / 5]));
+      uint32x4_t wk = vaddq_u32(w[q & 3], vdupq_n_u32(sha1_k[q / 5]));
       uint32_t e_next = vsha1h_u32(vgetq_lane_u32(abcd, 0));
       if (q < 5)
         abcd = vsha1cq_u32(abcd, e, wk);  // Ch
@@ -71,15 +72,6 @@ VEXA_ARM_SHA_TARGET inline void sha1_blocks_arm(const unsigned char* p, std::siz
 // The instructions hold the state as the words A to D and E to H in two vectors
 // and do four rounds at a time with message words plus constants.
 VEXA_ARM_SHA_TARGET inline void sha256_blocks_arm(const unsigned char* p, std::size_t count, uint32_t* state) {
-  static const uint32_t K[64] = {
-      0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-      0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-      0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-      0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-      0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-      0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-      0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-      0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
   uint32x4_t abcd = vld1q_u32(state), efgh = vld1q_u32(state + 4);
   for (std::size_t block = 0; block < count; ++block, p += 64) {
     uint32x4_t abcd_in = abcd, efgh_in = efgh;
@@ -89,7 +81,7 @@ VEXA_ARM_SHA_TARGET inline void sha256_blocks_arm(const unsigned char* p, std::s
     for (int q = 0; q < 16; ++q) {
       if (q >= 4)
         w[q & 3] = vsha256su1q_u32(vsha256su0q_u32(w[q & 3], w[(q + 1) & 3]), w[(q + 2) & 3], w[(q + 3) & 3]);
-      uint32x4_t wk = vaddq_u32(w[q & 3], vld1q_u32(K + 4 * q));
+      uint32x4_t wk = vaddq_u32(w[q & 3], vld1q_u32(sha256_k + 4 * q));
       uint32x4_t abcd_before = abcd;
       abcd = vsha256hq_u32(abcd, efgh, wk);
       efgh = vsha256h2q_u32(efgh, abcd_before, wk);
