@@ -10,11 +10,7 @@
 # MB/s is 10^6 bytes of input per second of user + sys time.
 set -euo pipefail
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-build=$root/build-bench
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" -j2 --target vexa engine_bench >/dev/null
-vexa=$build/vexa
+source "$(dirname "$0")/build.sh" vexa engine_bench
 
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT

@@ -4,10 +4,7 @@
 # Usage: bench/digests.sh   (from anywhere; builds into build-bench/)
 set -euo pipefail
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-build=$root/build-bench
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" -j2 --target digest_bench digest_file >/dev/null
+source "$(dirname "$0")/build.sh" digest_bench digest_file
 
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT

@@ -10,11 +10,7 @@
 # less than the wall clock.
 set -euo pipefail
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-build=$root/build-bench
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" -j2 --target vexa >/dev/null
-vexa=$build/vexa
+source "$(dirname "$0")/build.sh" vexa
 
 have_bc=1
 if ! command -v bc >/dev/null; then

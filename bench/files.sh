@@ -13,11 +13,7 @@
 # command has been compared with what the tools print.
 set -euo pipefail
 
-root=$(cd "$(dirname "$0")/.." && pwd)
-build=$root/build-bench
-cmake -S "$root" -B "$build" -DCMAKE_BUILD_TYPE=Release -DVEXA_BENCH=ON -DBUILD_TESTING=OFF >/dev/null
-cmake --build "$build" -j2 --target vexa >/dev/null
-vexa=$build/vexa
+source "$(dirname "$0")/build.sh" vexa
 
 tmp=$(mktemp -d)
 trap 'rm -rf "$tmp"' EXIT
