@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 
 #include "base/base64.hpp"
@@ -27,21 +28,18 @@ using stream_fn = bool (*)(const std::string&, std::FILE*);
 std::string streamed(stream_fn run, const std::string& input, bool pipe) {
   std::string dir = testing::TempDir() + "vexa_stream_XXXXXX";
   if (!mkdtemp(&dir[0])) return "<no temporary folder>";
-  std::string path = dir + "/input";
+  std::string path = dir + "/input", printed = dir + "/output";
   std::FILE* f = std::fopen(path.c_str(), "wb");
   std::fwrite(input.data(), 1, input.size(), f);
   std::fclose(f);
   std::FILE* feed = pipe ? popen(("cat '" + path + "'").c_str(), "r") : nullptr;
-  std::FILE* out = std::tmpfile();
+  std::FILE* out = std::fopen(printed.c_str(), "wb");
   bool opened = run(feed ? "/dev/fd/" + std::to_string(fileno(feed)) : path, out);
   if (feed) pclose(feed);
-  std::string printed(static_cast<std::size_t>(std::ftell(out)), '\0');
-  std::rewind(out);
-  if (!printed.empty() && std::fread(&printed[0], printed.size(), 1, out) != 1) printed = "<short read>";
   std::fclose(out);
-  std::remove(path.c_str());
-  rmdir(dir.c_str());
-  return opened ? printed : "<not opened>";
+  std::string result = opened ? base::load(printed) : "<not opened>";
+  std::system(("rm -rf '" + dir + "'").c_str());
+  return result;
 }
 
 // What puts prints of a result: up to its first zero byte, then a line feed.

@@ -35,14 +35,6 @@ def entered(line, answer):
     return b"\x1b8> " + line + b"\r\nans = " + answer + b"\r\n" + PROMPT
 
 
-def gather(fd, buf, done, timeout):
-    end = time.monotonic() + timeout
-    while not done(buf) and select.select([fd], [], [], max(0, end - time.monotonic()))[0] \
-            and (data := os.read(fd, 4096)):
-        buf += data
-    return buf
-
-
 def shell(slave, out, events):
     """Runs vexa as the foreground job on the terminal `slave`, and reports on `events`: "pid N",
     then "stop SIG" for every stop and "signal SIG" or "exit N" at the end."""
@@ -88,8 +80,12 @@ def run(name, steps, history=(), pipe=False):
         shell(slave, out_w, events_w)
     os.close(events_w)
 
-    def read(fd, marker, timeout=5):
-        got, found, buf[fd] = gather(fd, buf.get(fd, b""), lambda b: marker in b, timeout).partition(marker)
+    def read(fd, marker, timeout=5):  # up to and with `marker`, or all that came in time
+        got, end = buf.get(fd, b""), time.monotonic() + timeout
+        while marker not in got and select.select([fd], [], [], max(0, end - time.monotonic()))[0] \
+                and (data := os.read(fd, 4096)):
+            got += data
+        got, found, buf[fd] = got.partition(marker)
         return got + found
 
     def wait_raw(label):  # vexa switches after writing its prompt, and keys must wait for it
