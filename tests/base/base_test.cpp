@@ -140,6 +140,11 @@ TEST(Base, Files) {
       base::for_each_line(none, [&](const std::string&, unsigned, unsigned) { ADD_FAILURE(); });
   }
   std::system(("rm -rf '" + dir + "'").c_str());
+  std::FILE* pipe = popen("yes 0123456789 | head -c 200000", "r");  // read to its end
+  std::string lines;
+  while (lines.size() < 200000) lines += "0123456789\n";
+  EXPECT_EQ(base::load("/dev/fd/" + std::to_string(fileno(pipe))), lines.substr(0, 200000));
+  pclose(pipe);
 }
 
 TEST(Base, RandomText) {

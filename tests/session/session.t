@@ -43,6 +43,10 @@ Commands are whole lines or first words, compared exactly; a first word ending i
   $ s help formula 2+2 | tail -n 2
   | ans = 4
   | 
+  $ s 'sin = 0' 'cos = 0' help | sed -n '/sqrt()/,/OPERATORS/p'
+  \tlog()\tsqrt()\ttan() (esc)
+  
+  OPERATORS: in order of precedence
   $ s 'x = 5' 'debug on' reset 1 'debug off' x
   | ans = 5
   | | | [0][0](1) = 2
