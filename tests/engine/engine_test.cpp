@@ -46,19 +46,16 @@ TEST(Engine, Lines) {
 TEST(Engine, Messages) {
   const char* const cases[][3] = {  // text, message, what debug adds to it
       {"", "Expression does not evaluate to a single value."},
-      {"1 + 2 x", "Unexpected character at position 6: 'x'\n"},
-      {"=1", "Unexpected character at position 0: '='\n"},
+      {"1 + 2 x", "Unexpected character at position 6: 'x'\n"}, {"2)", "Unmatched right-parenthesis at: 1\n"},
+      {"=1", "Unexpected character at position 0: '='\n"}, {"pi(1)", "Identifier is not a function: pi"},
       {"2 # 3", "Illegal character at position 2: '#'\n"},
-      {"2)", "Unmatched right-parenthesis at: 1\n"},
       {"sin(1", "Input does not evaluate to a single expression."},
-      {"pi(1)", "Identifier is not a function: pi"},
       {"2!", "No right-hand value for operator: !."}, {"2^", "No right-hand value for operator: ^."},
       {"2*", "No right-hand value for operator: *."}, {"2 +", "No right-hand value for operator: +."},
       {"x =", "No right-hand value for operator: =."},
       {"3 + q", "Unknown identifier: q", "\nUnable to resolve right-hand value."},
       {"y = q", "Unknown identifier: q", "\nUnable to resolve right-hand value."},
-      {"sin + 1", "Identifier cannot be used as a value: sin",
-       "\nUnable to resolve left-hand value."},
+      {"sin + 1", "Identifier cannot be used as a value: sin", "\nUnable to resolve left-hand value."},
       {"q", "Unknown identifier: q", "\nUnable to resolve value."},
       {"(1+x)", "Unknown identifier: x",
        "\nUnable to resolve right-hand value.\nFailed to evaluate parenthetical expression."},
@@ -134,9 +131,6 @@ TEST(Engine, ResetRestoresTheBuiltinsAndTimeIsRefreshed) {
   EXPECT_GT(std::stod(run(p, "time")), 1.7e9);
   p.ctx.reset();
   EXPECT_EQ(run(p, "x") + run(p, "sin(0) + pi"), "Unknown identifier: x3.1415926535");
-  std::string order;
-  for (const auto& entry : p.ctx) order += entry.first + " ";
-  EXPECT_EQ(order, "abs acos ans asin atan cos e exp ln log pi sin sqrt tan time ");
 }
 
 }  // namespace

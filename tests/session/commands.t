@@ -56,7 +56,8 @@ ignores the zone.
   $ vexa uuid
   [0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12} (re)
 
-verify walks a SHA-256 chain from its start to its end.
+verify walks a SHA-256 chain from its start to its end, and finds the ends the
+ten-second benchmark prints.
 
   $ a=abcdefghijkmnpqrstuvwxyzABCDEFGHJKLMNPQRTUVWXY346789abcdefghijkm; z=$a
   $ for i in $(seq 100); do z=$(printf %s "$z" | sha256sum | cut -c1-64); done
@@ -66,6 +67,15 @@ verify walks a SHA-256 chain from its start to its end.
   Found after 0 hashes in ~0 seconds.
   ~0 hashes per second
   Invalid benchmark string. Invalid benchmark string. Invalid benchmark string. Invalid benchmark string.
+  $ vexa bench | tee run
+  [a-km-np-zA-HJ-NP-RT-Y346789]{64} (re)
+  [0-9a-f]{64} (re)
+  [1-9]\d{0,2}(,\d{3})* hashes per second (re)
+  $ vexa verify "$(sed -n 1p run):$(sed -n 2p run)" | tee verified
+  Found after [1-9]\d{0,2}(,\d{3})* hashes in ~\d+ seconds\. (re)
+  ~(0|[1-9]\d{0,2}(,\d{3})*) hashes per second (re)
+  $ tr -d ',~' < verified | awk '{ n = n ? n : $3; s = s ? s : $6 } END { print $1 == int(n / s) }'
+  1
 
 The file commands read a pipe to its end (as the README's examples show too) and a
 FIFO without a writer as empty at once.

@@ -1,6 +1,5 @@
-// The file commands read in blocks must print exactly what the whole-string
-// functions give for the whole contents, at sizes around the block size, from a
-// file and from a pipe alike.
+// The file commands, read in blocks, print what the whole-string functions give
+// for the whole contents: at sizes around the block size, from files and pipes.
 #include "session/streams.hpp"
 
 #include <gtest/gtest.h>
@@ -8,6 +7,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 
 #include "base/base64.hpp"
@@ -29,9 +29,7 @@ std::string streamed(stream_fn run, const std::string& input, bool pipe) {
   std::string dir = testing::TempDir() + "vexa_stream_XXXXXX";
   if (!mkdtemp(&dir[0])) return "<no temporary folder>";
   std::string path = dir + "/input", printed = dir + "/output";
-  std::FILE* f = std::fopen(path.c_str(), "wb");
-  std::fwrite(input.data(), 1, input.size(), f);
-  std::fclose(f);
+  std::ofstream(path, std::ios::binary) << input;
   std::FILE* feed = pipe ? popen(("cat '" + path + "'").c_str(), "r") : nullptr;
   std::FILE* out = std::fopen(printed.c_str(), "wb");
   bool opened = run(feed ? "/dev/fd/" + std::to_string(fileno(feed)) : path, out);
@@ -51,21 +49,18 @@ std::string bytes_of(std::size_t n, unsigned seed) {
   return bytes;
 }
 
-// A digest command as a stream_fn: it always opens, even nothing.
-template <void (*run)(const std::string&, std::FILE*)>
-bool always(const std::string& file, std::FILE* out) {
-  run(file, out);
-  return true;
-}
-
 TEST(Streams, EncodersAndDigestsMatchTheWholeStringFunctions) {
+  // The digest commands as stream_fn: they always open, even nothing.
+  stream_fn md5 = [](const std::string& file, std::FILE* out) { streams::md5(file, out); return true; };
+  stream_fn sha1 = [](const std::string& file, std::FILE* out) { streams::sha1(file, out); return true; };
+  stream_fn sha256 = [](const std::string& file, std::FILE* out) { streams::sha256(file, out); return true; };
   for (bool pipe : {false, true})
     for (std::size_t n : sizes) {
       std::string input = bytes_of(n, 7);
       std::string where = (pipe ? "pipe of " : "file of ") + std::to_string(n) + " bytes";
-      EXPECT_EQ(streamed(always<streams::md5>, input, pipe), base::hex(base::md5(input)) + "\n") << where;
-      EXPECT_EQ(streamed(always<streams::sha1>, input, pipe), base::hex(base::sha1(input)) + "\n") << where;
-      EXPECT_EQ(streamed(always<streams::sha256>, input, pipe), base::hex(base::sha256(input)) + "\n") << where;
+      EXPECT_EQ(streamed(md5, input, pipe), base::hex(base::md5(input)) + "\n") << where;
+      EXPECT_EQ(streamed(sha1, input, pipe), base::hex(base::sha1(input)) + "\n") << where;
+      EXPECT_EQ(streamed(sha256, input, pipe), base::hex(base::sha256(input)) + "\n") << where;
       EXPECT_EQ(streamed(streams::base64, input, pipe), base::base64(input) + "\n") << where;
       EXPECT_EQ(streamed(streams::url_encode, input, pipe), base::url_encode(input, false) + "\n") << where;
     }
