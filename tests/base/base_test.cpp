@@ -20,10 +20,9 @@ using namespace std::string_literals;
 
 namespace {
 
-// One million "a" (FIPS 180-4, RFC 1321), and the digest of the digests of a
-// pattern's 131 prefixes, 0 to 130 bytes across the padding boundaries, as
-// Python's hashlib gives them: through the CPU's SHA instructions where it has
-// them, and through the portable rounds.
+// One million "a" (FIPS 180-4, RFC 1321) and the digest of the digests of a pattern's
+// 131 prefixes (0 to 130 bytes, across the padding boundaries), as Python's hashlib
+// gives them: through the CPU's SHA instructions where it has them, and the portable rounds.
 TEST(Base, Digests) {
   std::string pattern;
   for (int i = 0; i <= 130; ++i) pattern += char(i == 40 ? 0 : (i * 37 + 11) & 0xff);
@@ -122,7 +121,7 @@ TEST(Base, Files) {
   std::ofstream(path, std::ios::app) << "more";
   EXPECT_EQ(first + std::string(second, 0, grown.read(&second[0], 5)), "xxx\0\0xxx"s);
   // A FIFO without a writer is empty at once, and so is a file whose length reads
-  // as 0, though a formula file reads such a file to its end.
+  // as 0 (though /proc's files still have lines for formula files).
   const std::pair<std::string, bool> empty[] = {{dir, false}, {fifo, true}, {"/dev/zero", true},
                                                 {"/proc/self/status", true}, {dir + "/none", false}, {"", false}};
   for (const auto& [none, exists] : empty) {

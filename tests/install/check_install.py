@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""vexa as users get it: installed into a prefix, its manual page, the examples the page and
-the README show, and the Debian package; a check whose tool is missing skips (exit 77).
+"""vexa as users get it: installed, its manual page, the examples the page and the README show,
+and the .deb; a check whose tool is missing skips (exit 77).
 Usage: check_install.py install|man|examples|package VEXA SOURCE BUILD CMAKE CPACK VERSION"""
 import glob, gzip, os, re, shutil, subprocess, sys, tempfile
 

@@ -23,8 +23,7 @@ const std::size_t sizes[] = {0, 1, B - 1, B, B + 1, 3 * B + 1, 3 * B + 2};
 
 using stream_fn = bool (*)(const std::string&, std::FILE*);
 
-// What `run` prints for `input`, read from a file (pipe false) or from a pipe
-// that cat feeds.
+// What `run` prints for `input` in a file, or in a pipe that cat feeds.
 std::string streamed(stream_fn run, const std::string& input, bool pipe) {
   std::string dir = testing::TempDir() + "vexa_stream_XXXXXX";
   if (!mkdtemp(&dir[0])) return "<no temporary folder>";

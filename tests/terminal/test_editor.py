@@ -1,7 +1,6 @@
 #!/usr/bin/env python3
-"""The line editor on an 80x24 pty under a tiny job-control shell, fed one key at a time; what
-reaches the terminal is compared byte for byte. Usage: test_editor.py <path-to-vexa>, with
-VEXA_EMULATED set when vexa runs under an emulator."""
+"""The line editor on an 80x24 pty under a tiny job-control shell, fed one key at a time, and
+what reaches the terminal byte for byte. Usage: test_editor.py VEXA (VEXA_EMULATED=1 if emulated)."""
 import fcntl, os, select, signal, struct, sys, tempfile, termios, time
 from contextlib import suppress
 
