@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -35,7 +34,8 @@ std::string streamed(stream_fn run, const std::string& input, bool pipe) {
   if (feed) pclose(feed);
   std::fclose(out);
   std::string result = opened ? base::load(printed) : "<not opened>";
-  std::system(("rm -rf '" + dir + "'").c_str());
+  std::remove(path.c_str()), std::remove(printed.c_str());
+  rmdir(dir.c_str());
   return result;
 }
 
