@@ -1,18 +1,19 @@
 // File access: the file-or-directory test, whole-file loading, and a reader that
-// gives the same bytes in fixed blocks. Every open probes for a directory first,
-// because opening a directory succeeds on Linux and a later read would fail in a
-// less obvious way.
+// gives the same bytes in fixed blocks. Every file is opened once, as fopen(path,
+// "rb") would open it, and whatever reads it gets that one descriptor, so that a
+// FIFO's writer or a lease holder meets vexa exactly once.
 #pragma once
 
-#include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdint>
-#include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 
 namespace base {
@@ -21,26 +22,42 @@ namespace base {
 // digests, of 3 for the Base64 encoder and of 4 for its decoder.
 constexpr std::size_t block_size = 3 << 16;
 
-// A descriptor open for reading, or -1. A FIFO is opened without waiting for a
-// writer and then read normally: with no writer it reads as empty at once. A
-// socket cannot be opened at all.
-inline int open_read(const std::string& file) {
-  if (DIR* dir = opendir(file.c_str())) {
-    closedir(dir);
-    return -1;
+// Blocks start on a page: the kernel copies into such a buffer several times
+// faster than into one a few bytes past a boundary.
+constexpr std::size_t page_size = 4096;
+
+// A descriptor that another program made non-blocking reports EAGAIN when it has
+// nothing yet; that means wait, never the end of the data.
+inline void wait_until_ready(int fd, short events) {
+  pollfd ready = {fd, events, 0};
+  while (poll(&ready, 1, -1) < 0 && errno == EINTR) {
   }
-  int fd = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  int flags = fd >= 0 ? fcntl(fd, F_GETFL) : -1;
-  if (flags >= 0) fcntl(fd, F_SETFL, flags & ~O_NONBLOCK);
-  return fd;
 }
 
-inline std::FILE* open_file(const std::string& file) {
-  int fd = open_read(file);
-  if (fd < 0) return nullptr;
-  std::FILE* f = fdopen(fd, "rb");
-  if (!f) close(fd);
-  return f;
+// Reads up to n bytes, waiting through EINTR and EAGAIN; 0 only at the end of the
+// data or on an error that no retry can mend.
+inline std::size_t read_some(int fd, char* buffer, std::size_t n) {
+  for (;;) {
+    ssize_t got = ::read(fd, buffer, n);
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno == EAGAIN || errno == EWOULDBLOCK) wait_until_ready(fd, POLLIN);
+    else if (errno != EINTR) return 0;
+  }
+}
+
+// A descriptor open for reading, or -1. A directory is not a file; anything else
+// opens as fopen does, blocking: a FIFO waits for its writer and a file under a
+// lease waits until the lease is broken. A socket cannot be opened.
+inline int open_read(const std::string& file) {
+  int fd;
+  do fd = open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+  while (fd < 0 && errno == EINTR);
+  struct stat st;
+  if (fd >= 0 && (fstat(fd, &st) != 0 || S_ISDIR(st.st_mode))) {
+    close(fd);
+    fd = -1;
+  }
+  return fd;
 }
 
 inline bool exists(const std::string& file) {
@@ -49,6 +66,22 @@ inline bool exists(const std::string& file) {
   close(fd);
   return true;
 }
+
+// A page-aligned buffer of a block or so; throws std::bad_alloc like any other
+// allocation, which the session reports as "Out of memory".
+struct block_buffer {
+  char* data;
+  std::size_t size;
+
+  explicit block_buffer(std::size_t n)
+      : data(static_cast<char*>(std::aligned_alloc(page_size, (n + page_size - 1) / page_size * page_size))),
+        size(n) {
+    if (!data) throw std::bad_alloc();
+  }
+  ~block_buffer() { std::free(data); }
+  block_buffer(const block_buffer&) = delete;
+  block_buffer& operator=(const block_buffer&) = delete;
+};
 
 // A file's contents block by block. The length is measured by seeking to the end
 // when the file opens: exactly that many bytes are given, zeros standing in for a
@@ -83,10 +116,9 @@ struct reader {
     if (measured && n > left) n = static_cast<std::size_t>(left);
     std::size_t got = 0;
     while (got < n && !ended) {
-      ssize_t r = ::read(fd, buffer + got, n - got);
-      if (r > 0) got += static_cast<std::size_t>(r);
-      else if (r < 0 && errno == EINTR) continue;
-      else ended = true;  // the end, or an error, which ends it as well
+      std::size_t r = read_some(fd, buffer + got, n - got);
+      if (r == 0) ended = true;
+      got += r;
     }
     if (measured) {
       std::memset(buffer + got, 0, n - got);
@@ -94,14 +126,6 @@ struct reader {
       left -= n;
     }
     return got;
-  }
-
-  // Starts again from the first byte, for a second pass over a measured file.
-  bool rewind() {
-    if (fd < 0 || !measured || lseek(fd, 0, SEEK_SET) != 0) return false;
-    left = size;
-    ended = false;
-    return true;
   }
 };
 
@@ -120,41 +144,44 @@ inline std::string load(const std::string& file) {
   return contents;
 }
 
-// Calls callback(line, number, offset) for every line of the file, the line with
-// its line feed (the last may have none), numbers from 1, and offset the line's
-// first byte in the file. Lines may span any number of 4096-byte blocks.
+// Calls callback(line, number, offset) for every line read from fd until the
+// callback returns false: the line with its line feed (the last may have none),
+// numbers from 1, and offset the line's first byte. Only regular files and FIFOs
+// have lines: a device such as /dev/zero may never end nor hold a line feed.
 template <class F>
-void for_each_line(const std::string& file, F callback) {
-  std::FILE* f = open_file(file);
-  if (!f) return;
-  // A device such as /dev/zero never ends and may hold no line feed, and a FIFO
-  // may wait for a writer: only regular files have lines.
+void for_each_line_of(int fd, F callback) {
   struct stat st;
-  if (fstat(fileno(f), &st) != 0 || !S_ISREG(st.st_mode)) {
-    std::fclose(f);
-    return;
-  }
+  if (fstat(fd, &st) != 0 || !(S_ISREG(st.st_mode) || S_ISFIFO(st.st_mode))) return;
   char block[4096];
   std::string pending;
   unsigned number = 1;
   unsigned offset = 0;
-  size_t got;
-  do {
-    got = std::fread(block, 1, sizeof block, f);
-    size_t cut = 0;
-    for (size_t i = 0; i < got; ++i) {
-      if (block[i] != '\n') continue;
-      pending.append(block + cut, i + 1 - cut);
-      callback(static_cast<const std::string&>(pending), number, offset);
+  while (std::size_t got = read_some(fd, block, sizeof block)) {
+    std::size_t cut = 0;
+    for (const char* feed; (feed = static_cast<const char*>(std::memchr(block + cut, '\n', got - cut)));) {
+      std::size_t end = static_cast<std::size_t>(feed - block) + 1;
+      pending.append(block + cut, end - cut);
+      if (!callback(static_cast<const std::string&>(pending), number, offset)) return;
       offset += static_cast<unsigned>(pending.size());
       pending.clear();
       ++number;
-      cut = i + 1;
+      cut = end;
     }
     pending.append(block + cut, got - cut);
-  } while (got == sizeof block);
+  }
   if (!pending.empty()) callback(static_cast<const std::string&>(pending), number, offset);
-  std::fclose(f);
+}
+
+// The same for a file by name; every line is read.
+template <class F>
+void for_each_line(const std::string& file, F callback) {
+  int fd = open_read(file);
+  if (fd < 0) return;
+  for_each_line_of(fd, [&](const std::string& line, unsigned number, unsigned offset) {
+    callback(line, number, offset);
+    return true;
+  });
+  close(fd);
 }
 
 }  // namespace base

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "base/file.hpp"
 #include "base/text.hpp"
 #include "session/bench.hpp"
 #include "session/commands.hpp"
@@ -127,8 +126,7 @@ bool run_line(const std::string& line) {
   // A word that names a formula file is never a command or an expression, even
   // when the file is missing.
   if (is_formula_name(word)) {
-    if (base::exists(word)) run_formula(word, args, parser);
-    else std::printf("File not found: %s\n", word.c_str());
+    if (!run_formula(word, args, parser)) std::printf("File not found: %s\n", word.c_str());
     return true;
   }
   for (const command& c : commands_table) {

@@ -1,5 +1,7 @@
 #include "session/formula.hpp"
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -7,6 +9,7 @@
 #include "base/file.hpp"
 #include "base/text.hpp"
 #include "session/editor.hpp"
+#include "session/output.hpp"
 
 const char* formula_help =
     "\n"
@@ -58,7 +61,10 @@ const char* formula_help =
     "Any missing arguments are still prompted. Any extra arguments are ignored.\n"
     "\n";
 
-void run_formula(const std::string& file, std::string args, vexa::parser& parser) {
+bool run_formula(const std::string& file, std::string args, vexa::parser& parser) {
+  // Opened once, before anything else happens: a FIFO's writer meets one reader.
+  int fd = base::open_read(file);
+  if (fd < 0) return false;
   std::deque<double> arguments;
   for (size_t i = 0; i < args.size();) {
     size_t end = args.find(' ', i);
@@ -73,9 +79,11 @@ void run_formula(const std::string& file, std::string args, vexa::parser& parser
   }
 
   // The third argument, the line's offset in the file, is not needed here.
-  base::for_each_line(file, [&](const std::string& text, unsigned number, unsigned) {
+  base::for_each_line_of(fd, [&](const std::string& text, unsigned number, unsigned) {
+    // Output that can no longer be written ends the file as it ends the session.
+    if (output::failed()) return false;
     std::string line = base::trim(text);
-    if (line.empty() || line[0] == '#') return;
+    if (line.empty() || line[0] == '#') return true;
     size_t blank = line.find(' ');
     std::string keyword = line.substr(0, blank);
     std::string operand = blank == std::string::npos ? std::string() : line.substr(blank + 1);
@@ -117,5 +125,8 @@ void run_formula(const std::string& file, std::string args, vexa::parser& parser
     } else if (!parser.parse(line, value)) {
       report();
     }
+    return true;
   });
+  close(fd);
+  return true;
 }

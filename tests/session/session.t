@@ -25,8 +25,8 @@ returns, and quit or unreadable input ends the session.
 Commands are whole lines or first words, compared exactly; a first word ending in
 .frm, in any case, names a formula file that must be a readable file.
 
-  $ mkdir d.frm; mkfifo p.frm; python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind("s.frm")'
-  $ s 'help ' 'quit ' 'uuid x' 'bench x' frm X.fRM .frm d.frm p.frm s.frm | grep .
+  $ mkdir d.frm; python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind("s.frm")'
+  $ s 'help ' 'quit ' 'uuid x' 'bench x' frm X.fRM .frm d.frm s.frm | grep .
   | Unknown identifier: help
   | Unknown identifier: quit
   | Unexpected character at position 5: 'x'
@@ -35,7 +35,7 @@ Commands are whole lines or first words, compared exactly; a first word ending i
   | File not found: X.fRM
   | File not found: .frm
   | File not found: d.frm
-  | | File not found: s.frm
+  | File not found: s.frm
   | 
   $ vexa help | sha256sum; vexa formula | sha256sum
   faeb67da8c75c17d8ffae6229f0f40359b6f131ce76b8979627b8b808dbcf996  -
