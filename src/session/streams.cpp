@@ -1,7 +1,11 @@
 #include "session/streams.hpp"
 
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
-#include <vector>
 
 #include "base/base64.hpp"
 #include "base/digest.hpp"
@@ -15,41 +19,45 @@ namespace {
 
 const std::size_t block = base::block_size;
 
+// Every byte the file commands print goes out here, a block at a time. A write
+// that fails (a closed pipe, a full disk) ends the command: nothing more of it
+// could reach its reader.
+bool put(const char* p, std::size_t n, std::FILE* out) { return std::fwrite(p, 1, n, out) == n; }
+
+// The length of the text, which ends at its first zero byte, of the next n bytes.
+std::size_t text_length(const char* p, std::size_t n) {
+  const char* zero = static_cast<const char*>(std::memchr(p, 0, n));
+  return zero ? static_cast<std::size_t>(zero - p) : n;
+}
+
 template <class Context>
 void digest(const std::string& file, std::FILE* out) {
   base::reader in(file);
-  std::vector<char> bytes(block);
+  base::block_buffer bytes(block);
   Context context;
-  while (std::size_t n = in.read(bytes.data(), block)) context.add(bytes.data(), n);
+  while (std::size_t n = in.read(bytes.data, block)) context.add(bytes.data, n);
   std::fprintf(out, "%s\n", base::hex(context.finish()).c_str());
-}
-
-// Writes n bytes up to the first zero byte among them, as puts would print
-// them, and tells whether there was one: then nothing more is printed.
-bool write_to_zero(const char* p, std::size_t n, std::FILE* out) {
-  const char* zero = static_cast<const char*>(std::memchr(p, 0, n));
-  std::fwrite(p, 1, zero ? static_cast<std::size_t>(zero - p) : n, out);
-  return zero != nullptr;
 }
 
 // Reads the file to its end and writes encode(block, n, text) of each block,
 // then the line feed. The encoders never produce a zero byte.
 template <class Encode>
 void encode_file(base::reader& in, std::FILE* out, std::size_t growth, Encode encode) {
-  std::vector<char> bytes(block), text(growth * block);
-  while (std::size_t n = in.read(bytes.data(), block)) {
-    std::size_t size = encode(reinterpret_cast<const unsigned char*>(bytes.data()), n, text.data());
-    std::fwrite(text.data(), 1, size, out);
+  base::block_buffer bytes(block), text(growth * block);
+  while (std::size_t n = in.read(bytes.data, block)) {
+    std::size_t size = encode(reinterpret_cast<const unsigned char*>(bytes.data), n, text.data);
+    if (!put(text.data, size, out)) return;
   }
   std::fputc('\n', out);
 }
 
 // Bytes held back until they may be printed: in memory up to a block, beyond
-// that in a temporary file (or, should none be available, in memory after all).
-struct spool {
-  std::string held;
-  std::FILE* file = nullptr;
-
+// that in a temporary file. Every write to the file is checked; from the first
+// that fails (no space, a size limit, no temporary folder at all) the rest stays
+// in memory, so what is printed is complete either way. The file's bytes always
+// come before the memory's.
+class spool {
+ public:
   spool() = default;
   spool(const spool&) = delete;
   spool& operator=(const spool&) = delete;
@@ -58,29 +66,52 @@ struct spool {
   }
 
   void add(const char* p, std::size_t n) {
-    if (!file && held.size() + n > block && (file = std::tmpfile())) {
-      std::fwrite(held.data(), 1, held.size(), file);
-      held.clear();
+    if (!tried && held.size() + n > block) {
+      tried = true;
+      // Past a size limit a write then fails with EFBIG instead of ending vexa.
+      signal(SIGXFSZ, SIG_IGN);
+      file = std::tmpfile();
+      appending = file != nullptr;
+      std::string first;
+      first.swap(held);
+      append(first.data(), first.size());
     }
-    if (file) std::fwrite(p, 1, n, file);
-    else held.append(p, n);
+    append(p, n);
   }
 
-  void copy_to(std::FILE* out) {
-    if (file) {
-      std::rewind(file);
-      std::vector<char> bytes(block);
-      while (std::size_t n = std::fread(bytes.data(), 1, block, file)) std::fwrite(bytes.data(), 1, n, out);
+  // Prints the file's part, then the memory's; false once printing fails.
+  bool copy_to(std::FILE* out) {
+    if (written > 0) {
+      base::block_buffer bytes(block);
+      for (uint64_t at = 0; at < written;) {
+        std::size_t want = written - at < block ? static_cast<std::size_t>(written - at) : block;
+        ssize_t got = pread(fileno(file), bytes.data, want, static_cast<off_t>(at));
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;  // an unnamed file that cannot be read back
+        if (!put(bytes.data, static_cast<std::size_t>(got), out)) return false;
+        at += static_cast<uint64_t>(got);
+      }
     }
-    std::fwrite(held.data(), 1, held.size(), out);
+    return put(held.data(), held.size(), out);
+  }
+
+ private:
+  std::string held;
+  std::FILE* file = nullptr;
+  uint64_t written = 0;    // bytes in the file
+  bool tried = false;      // whether a file was opened or tried
+  bool appending = false;  // whether new bytes still go to the file
+
+  void append(const char* p, std::size_t n) {
+    while (appending && n > 0) {
+      ssize_t wrote = ::write(fileno(file), p, n);
+      if (wrote < 0 && errno == EINTR) continue;
+      if (wrote <= 0) appending = false;
+      else p += wrote, n -= static_cast<std::size_t>(wrote), written += static_cast<uint64_t>(wrote);
+    }
+    held.append(p, n);
   }
 };
-
-// The length of the text, which ends at its first zero byte, of the next n bytes.
-std::size_t text_length(const char* p, std::size_t n) {
-  const char* zero = static_cast<const char*>(std::memchr(p, 0, n));
-  return zero ? static_cast<std::size_t>(zero - p) : n;
-}
 
 void warn_unless_whole_groups(uint64_t length, std::FILE* out) {
   if (length % 4 != 0) std::fprintf(out, "%s\n", base::base64_length_warning);
@@ -145,18 +176,31 @@ bool url_encode(const std::string& file, std::FILE* out) {
 bool url_decode(const std::string& file, std::FILE* out) {
   base::reader in(file);
   if (!in.is_open()) return false;
-  // An escape cut by the end of a block keeps its "%" and at most one digit,
-  // carried to the front of the next block.
-  std::vector<char> bytes(block + 2), text(block + 2);
-  std::size_t carry = 0;
+  base::block_buffer bytes(block), text(block);
+  // An escape cut by the end of a block leaves its "%" and at most one digit,
+  // kept apart and completed by the first bytes of the next block, so that every
+  // read still lands on the start of the aligned block.
+  char carry[2];
+  std::size_t carried = 0;
   for (;;) {
-    std::size_t got = in.read(bytes.data() + carry, block), n = carry + got, used;
-    bool last = got < block;
-    std::size_t decoded = base::url_decode_block(reinterpret_cast<const unsigned char*>(bytes.data()), n, last,
-                                                 false, text.data(), used);
-    if (write_to_zero(text.data(), decoded, out) || last) break;
-    carry = n - used;
-    std::memmove(bytes.data(), bytes.data() + used, carry);
+    std::size_t n = in.read(bytes.data, block), skip = 0, decoded = 0, used;
+    bool last = n < block;
+    if (carried > 0) {
+      skip = std::min(n, 3 - carried);
+      unsigned char escape[3];
+      std::memcpy(escape, carry, carried);
+      std::memcpy(escape + carried, bytes.data, skip);
+      // Too few bytes follow only at the very end, where the cut escape stays as written.
+      if (carried + skip < 3) skip = 0;
+      decoded = base::url_decode_block(escape, carried + skip, true, false, text.data, used);
+    }
+    decoded += base::url_decode_block(reinterpret_cast<const unsigned char*>(bytes.data) + skip, n - skip, last,
+                                      false, text.data + decoded, used);
+    std::size_t shown = text_length(text.data, decoded);
+    if (!put(text.data, shown, out)) return true;
+    if (shown < decoded || last) break;
+    carried = n - skip - used;
+    std::memcpy(carry, bytes.data + skip + used, carried);
   }
   std::fputc('\n', out);
   return true;
@@ -164,47 +208,29 @@ bool url_decode(const std::string& file, std::FILE* out) {
 
 // The warning, when the text's length is not a multiple of 4, comes before any
 // decoded byte, and the text ends at its first zero byte, so its length is
-// known only at its end. A measured file is read twice: once for the length,
-// once to decode. A pipe is read once, its decoded bytes held in a spool.
+// known only at its end. The input is read once, its decoded bytes held in a
+// spool until then: a second pass could meet a file that has changed.
 bool unbase64(const std::string& file, std::FILE* out) {
   base::reader in(file);
   if (!in.is_open()) return false;
-  std::vector<char> bytes(block), text(block / 4 * 3 + 1);
-  auto decode = [&](std::size_t n) {
-    return base::unbase64_groups(reinterpret_cast<const unsigned char*>(bytes.data()), n / 4, text.data());
-  };
+  base::block_buffer bytes(block), text(block / 4 * 3 + 1);
+  spool held;
   uint64_t length = 0;
-  if (in.measured) {
-    while (std::size_t n = in.read(bytes.data(), block)) {
-      std::size_t part = text_length(bytes.data(), n);
-      length += part;
-      if (part < n) break;
+  bool printing = true;  // until a decoded zero byte ends what is printed
+  while (std::size_t n = in.read(bytes.data, block)) {
+    std::size_t part = text_length(bytes.data, n);
+    length += part;
+    if (printing) {
+      std::size_t decoded =
+          base::unbase64_groups(reinterpret_cast<const unsigned char*>(bytes.data), part / 4, text.data);
+      std::size_t shown = text_length(text.data, decoded);
+      held.add(text.data, shown);
+      printing = shown == decoded;
     }
-    warn_unless_whole_groups(length, out);
-    uint64_t left = in.rewind() ? length - length % 4 : 0;
-    while (left > 0) {
-      std::size_t n = in.read(bytes.data(), left < block ? static_cast<std::size_t>(left) : block);
-      if (n == 0 || write_to_zero(text.data(), decode(n), out)) break;
-      left -= n;
-    }
-  } else {
-    spool held;
-    bool printing = true;  // until a decoded zero byte ends what is printed
-    while (std::size_t n = in.read(bytes.data(), block)) {
-      std::size_t part = text_length(bytes.data(), n);
-      length += part;
-      if (printing) {
-        std::size_t decoded = decode(part);
-        std::size_t shown = text_length(text.data(), decoded);
-        held.add(text.data(), shown);
-        printing = shown == decoded;
-      }
-      if (part < n) break;
-    }
-    warn_unless_whole_groups(length, out);
-    held.copy_to(out);
+    if (part < n) break;
   }
-  std::fputc('\n', out);
+  warn_unless_whole_groups(length, out);
+  if (held.copy_to(out)) std::fputc('\n', out);
   return true;
 }
 
