@@ -16,6 +16,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
+
+#include "base/file.hpp"
 
 key_action edit_key(line_editor& e, unsigned char c, const std::vector<std::string>& history) {
   auto recall = [&](size_t index) {
@@ -69,15 +72,32 @@ key_action edit_key(line_editor& e, unsigned char c, const std::vector<std::stri
   return action;
 }
 
+// Input that another program made non-blocking reports EAGAIN when it has no
+// byte yet: that means wait, not the end of the input.
+static int next_byte() {
+  for (;;) {
+    int c = std::fgetc(stdin);
+    if (c != EOF || !std::ferror(stdin) || (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR))
+      return c;
+    std::clearerr(stdin);
+    if (errno != EINTR) base::wait_until_ready(0, POLLIN);
+  }
+}
+
 std::string read_line_lazy(const std::string& prompt) {
   std::printf("%s", prompt.c_str());
   std::fflush(stdout);
   std::string line;
-  while (!std::feof(stdin) && !std::ferror(stdin)) {
-    int c = std::fgetc(stdin);
-    if (c == '\r') continue;
-    if (c == EOF || c == '\n') break;
-    line += static_cast<char>(c);
+  int c;
+  try {
+    while ((c = next_byte()) != EOF && c != '\n')
+      if (c != '\r') line += static_cast<char>(c);
+  } catch (const std::bad_alloc&) {
+    // The rest of a line too long to hold is passed over, not read as a new line.
+    std::string().swap(line);
+    while ((c = next_byte()) != EOF && c != '\n') {
+    }
+    throw;
   }
   return line;
 }
@@ -88,9 +108,56 @@ static bool ended = false;
 
 bool terminal_ended() { return ended; }
 
-// Every way out of editing mode restores `saved`: Enter, the end of the
-// terminal's input, and the signal keys, whose default actions must find the
-// terminal as the user left it.
+// The user's terminal settings while the editor holds the terminal, for the
+// handlers of the signals that end vexa: they put the settings back first.
+static termios saved_settings;
+static volatile sig_atomic_t holding_terminal = 0;
+static const int ending_signals[] = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
+
+static void restore_then_end(int signal_number) {
+  if (holding_terminal) tcsetattr(0, TCSANOW, &saved_settings);
+  signal(signal_number, SIG_DFL);
+  raise(signal_number);  // delivered, with its default action, once this returns
+}
+
+// Editing mode for one call of read_line. Every way out restores the user's
+// settings: Enter, the end of the terminal's input, the signal keys (whose
+// default actions must find the terminal as the user left it), a signal from
+// elsewhere, and an exception.
+struct editing_mode {
+  termios editing = {};
+  bool have_saved = tcgetattr(0, &saved_settings) == 0;
+  struct sigaction previous[4];
+
+  editing_mode() {
+    editing.c_cflag = CS8;
+    editing.c_cc[VMIN] = 1;
+    struct sigaction action = {};
+    action.sa_handler = restore_then_end;
+    for (int i = 0; i < 4; ++i) {
+      sigaction(ending_signals[i], nullptr, &previous[i]);
+      if (previous[i].sa_handler != SIG_IGN) sigaction(ending_signals[i], &action, nullptr);
+    }
+    enter();
+  }
+  ~editing_mode() {
+    leave();
+    for (int i = 0; i < 4; ++i) sigaction(ending_signals[i], &previous[i], nullptr);
+  }
+  editing_mode(const editing_mode&) = delete;
+  editing_mode& operator=(const editing_mode&) = delete;
+
+  void enter() {
+    tcsetattr(0, TCSANOW, &editing);
+    holding_terminal = have_saved;
+  }
+  void leave() {
+    if (!holding_terminal) return;
+    holding_terminal = 0;
+    tcsetattr(0, TCSANOW, &saved_settings);
+  }
+};
+
 std::string read_line(const std::string& prompt) {
   if (!isatty(0)) return read_line_lazy(prompt);
   static std::vector<std::string> history;
@@ -98,30 +165,21 @@ std::string read_line(const std::string& prompt) {
 
   std::printf("\x1b" "7%s", prompt.c_str());
   std::fflush(stdout);
-  termios saved, editing;
-  bool have_saved = tcgetattr(0, &saved) == 0;
-  std::memset(&editing, 0, sizeof editing);
-  editing.c_cflag = CS8;
-  editing.c_cc[VMIN] = 1;
-  tcsetattr(0, TCSANOW, &editing);
-  auto restore = [&] {
-    if (have_saved) tcsetattr(0, TCSANOW, &saved);
-  };
+  editing_mode terminal;
 
   line_editor e;
   int width = 0;
   for (;;) {
     unsigned char c;
-    ssize_t got = read(0, &c, 1);
-    if (got < 0 && errno == EINTR) continue;
+    std::size_t got = base::read_some(0, reinterpret_cast<char*>(&c), 1);
     key_action action = got == 1 ? edit_key(e, c, history) : key_action::enter;
     if (got != 1) ended = true;
     if (action == key_action::pending) continue;
     if (action == key_action::enter) break;
     if (action == key_action::interrupt || action == key_action::suspend) {
-      restore();
+      terminal.leave();
       raise(action == key_action::interrupt ? SIGINT : SIGTSTP);
-      tcsetattr(0, TCSANOW, &editing);
+      terminal.enter();
     } else if (action == key_action::clear_screen) {
       std::printf("\x1b[2J\x1b[H\x1b" "7");
     }
@@ -143,7 +201,7 @@ std::string read_line(const std::string& prompt) {
   }
 
   std::printf("\x1b" "8%s%s", prompt.c_str(), e.line.c_str());
-  restore();
+  terminal.leave();
   std::putchar('\n');
   std::fflush(stdout);
   if (!e.line.empty() && e.line != history.back()) history.push_back(e.line);

@@ -8,6 +8,7 @@ VEXA = os.path.abspath(sys.argv[1])
 UP, DOWN, RIGHT, LEFT, HOME, END = b"\x1b[A", b"\x1b[B", b"\x1b[C", b"\x1b[D", b"\x1b[H", b"\x1b[F"
 DEL, BS, PROMPT, X78, X101 = b"\x1b[3~", b"\x7f", b"\x1b7> ", b"x" * 78, b"x" * 101
 HANGUP, CONT, RESTORED = "close the master", "SIGCONT", ["terminal as found"]
+SENT = {sig: "send signal %d" % sig for sig in (signal.SIGINT, signal.SIGQUIT, signal.SIGTERM, signal.SIGHUP)}
 failures = []
 
 
@@ -67,7 +68,7 @@ def shell(slave, out, events):
 
 
 def run(name, steps, history=(), pipe=False):
-    """Per step sends keys, HANGUP or CONT; then expects output bytes, a shell report (str) or RESTORED."""
+    """Per step sends keys, HANGUP, CONT or a signal; then expects output bytes, a shell report (str) or RESTORED."""
     master, slave = os.openpty()
     fcntl.ioctl(master, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 80, 0, 0))
     initial, buf = termios.tcgetattr(slave), {}
@@ -109,6 +110,8 @@ def run(name, steps, history=(), pipe=False):
                 os.close(master)  # vexa reads the end of the terminal's input
             elif keys == CONT:
                 os.kill(pid, signal.SIGCONT)
+            elif keys in SENT.values():
+                os.kill(pid, int(keys.split()[-1]))
             else:
                 os.write(master, keys)
             if want is RESTORED:
@@ -159,6 +162,8 @@ CASES = [  # (name, steps of (keys, expected), history lines entered first, outp
     ("quit restores the terminal", typing(b"quit") + [
         (b"\r", b"\x1b8> quit\r\nBye!\r\n"), (b"", "exit 0"), (b"", RESTORED)]),
     ("ctrl-c restores the terminal", typing(b"12") + [(b"\x03", "signal %d" % signal.SIGINT), (b"", RESTORED)]),
+] + [("signal %d from elsewhere restores the terminal first" % sig, typing(b"12") + [
+        (SENT[sig], "signal %d" % sig), (b"", RESTORED)]) for sig in SENT] + [
     ("hangup ends the session", typing(b"12") + [(HANGUP, "exit 0")]),
     ("ctrl-z restores the terminal while stopped", typing(b"1+") + [
         (b"\x1a", "stop %d" % signal.SIGTSTP), (b"", RESTORED), (CONT, draw(b"1+", 2)),
