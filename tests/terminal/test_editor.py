@@ -164,6 +164,8 @@ CASES = [  # (name, steps of (keys, expected), history lines entered first, outp
     ("ctrl-c restores the terminal", typing(b"12") + [(b"\x03", "signal %d" % signal.SIGINT), (b"", RESTORED)]),
 ] + [("signal %d from elsewhere restores the terminal first" % sig, typing(b"12") + [
         (SENT[sig], "signal %d" % sig), (b"", RESTORED)]) for sig in SENT] + [
+    ("ctrl-c ends the wait for a FIFO's writer", typing(b"md5 w") + [
+        (b"\r", b"\x1b8> md5 w\r\n"), (b"\x03", "signal %d" % signal.SIGINT), (b"", RESTORED)]),
     ("hangup ends the session", typing(b"12") + [(HANGUP, "exit 0")]),
     ("ctrl-z restores the terminal while stopped", typing(b"1+") + [
         (b"\x1a", "stop %d" % signal.SIGTSTP), (b"", RESTORED), (CONT, draw(b"1+", 2)),
@@ -176,6 +178,7 @@ if __name__ == "__main__":
         os.chdir(work)  # formula files are looked up here
         with open("p.frm", "w") as f:
             f.write("prompt a\nshow a\n")
+        os.mkfifo("w")  # never written
         for case in CASES:
             run(*case)
             # An emulator may give vexa no working terminal at all: that is a skip.
