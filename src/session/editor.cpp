@@ -20,6 +20,19 @@
 
 #include "base/file.hpp"
 
+// The control bytes the editor acts on.
+enum control_byte : unsigned char {
+  ctrl_a = 1,       // Home
+  ctrl_c = 3,       // interrupt
+  ctrl_e = 5,       // End
+  line_feed = 10,   // Enter, as is carriage_return
+  ctrl_l = 12,      // clear the screen
+  carriage_return = 13,
+  ctrl_z = 26,      // suspend
+  escape_byte = 27,
+  backspace = 127,
+};
+
 key_action edit_key(line_editor& e, unsigned char c, const std::vector<std::string>& history) {
   auto recall = [&](size_t index) {
     e.index = index;
@@ -30,7 +43,7 @@ key_action edit_key(line_editor& e, unsigned char c, const std::vector<std::stri
   key_action action = key_action::redraw;
   if (e.escape == "\x1b") {
     e.escape.clear();
-    if (c == 27) e.line.clear();
+    if (c == escape_byte) e.line.clear();
     else if (c == '[') e.escape = "\x1b[";
     // any other byte after Escape is consumed and ignored
   } else if (e.escape == "\x1b[") {
@@ -51,14 +64,14 @@ key_action edit_key(line_editor& e, unsigned char c, const std::vector<std::stri
       e.line.erase(static_cast<size_t>(e.cursor), 1);
   } else {
     switch (c) {
-      case 1: e.cursor = 0; break;
-      case 3: action = key_action::interrupt; break;
-      case 5: e.cursor = static_cast<long>(e.line.size()); break;
-      case 10: case 13: return key_action::enter;
-      case 12: action = key_action::clear_screen; break;
-      case 26: action = key_action::suspend; break;
-      case 27: e.escape = "\x1b"; break;
-      case 127:
+      case ctrl_a: e.cursor = 0; break;
+      case ctrl_c: action = key_action::interrupt; break;
+      case ctrl_e: e.cursor = static_cast<long>(e.line.size()); break;
+      case line_feed: case carriage_return: return key_action::enter;
+      case ctrl_l: action = key_action::clear_screen; break;
+      case ctrl_z: action = key_action::suspend; break;
+      case escape_byte: e.escape = "\x1b"; break;
+      case backspace:
         if (e.cursor > 0) e.line.erase(static_cast<size_t>(--e.cursor), 1);
         break;
       default:
