@@ -37,22 +37,23 @@ inline int* class_table() {
 
 // Row = current state (0 to 13), column = class (0 to 8), entry = next state.
 inline int** state_table() {
+  constexpr int R = reject;
   static int rows[14][9] = {
-      // digit point minus binop assign letter open close space
-      {2, 3, 1, 15, 15, 8, 10, 15, 0},      // start
-      {2, 3, 15, 15, 15, 15, 15, 15, 15},   // sign
-      {2, 3, 6, 6, 15, 15, 15, 12, 5},      // integer
-      {4, 15, 15, 15, 15, 15, 15, 15, 15},  // fraction_point
-      {4, 15, 6, 6, 15, 15, 15, 12, 5},     // fraction
-      {15, 15, 6, 6, 15, 15, 15, 12, 5},    // number_end
-      {2, 3, 1, 15, 15, 8, 10, 15, 6},      // after_operator
-      {2, 3, 1, 15, 15, 8, 10, 15, 7},      // after_assign
-      {8, 15, 6, 6, 7, 8, 10, 12, 9},       // in_name
-      {15, 15, 6, 6, 7, 15, 10, 12, 9},     // name_end
-      {2, 3, 1, 15, 15, 8, 10, 15, 11},     // after_open
-      {2, 3, 1, 15, 15, 8, 10, 15, 11},     // after_open_space
-      {15, 15, 6, 6, 15, 15, 15, 12, 13},   // after_close
-      {15, 15, 6, 6, 15, 15, 15, 12, 13},   // after_close_space
+      // digit     point           minus           binop           assign        letter   open        close        space
+      {integer,   fraction_point, sign,           R,              R,            in_name, after_open, R,           start},              // start
+      {integer,   fraction_point, R,              R,              R,            R,       R,          R,           R},                  // sign
+      {integer,   fraction_point, after_operator, after_operator, R,            R,       R,          after_close, number_end},         // integer
+      {fraction,  R,              R,              R,              R,            R,       R,          R,           R},                  // fraction_point
+      {fraction,  R,              after_operator, after_operator, R,            R,       R,          after_close, number_end},         // fraction
+      {R,         R,              after_operator, after_operator, R,            R,       R,          after_close, number_end},         // number_end
+      {integer,   fraction_point, sign,           R,              R,            in_name, after_open, R,           after_operator},     // after_operator
+      {integer,   fraction_point, sign,           R,              R,            in_name, after_open, R,           after_assign},       // after_assign
+      {in_name,   R,              after_operator, after_operator, after_assign, in_name, after_open, after_close, name_end},           // in_name
+      {R,         R,              after_operator, after_operator, after_assign, R,       after_open, after_close, name_end},           // name_end
+      {integer,   fraction_point, sign,           R,              R,            in_name, after_open, R,           after_open_space},   // after_open
+      {integer,   fraction_point, sign,           R,              R,            in_name, after_open, R,           after_open_space},   // after_open_space
+      {R,         R,              after_operator, after_operator, R,            R,       R,          after_close, after_close_space},  // after_close
+      {R,         R,              after_operator, after_operator, R,            R,       R,          after_close, after_close_space},  // after_close_space
   };
   static int* buf[14];
   static int** t = nullptr;
