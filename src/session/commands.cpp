@@ -1,6 +1,5 @@
 #include "session/commands.hpp"
 
-#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -17,8 +16,7 @@ namespace commands {
 
 // strtol's reading of the text, limited to 32 bits as the commands print it.
 static int to_int32_text(const std::string& text, int base) {
-  long n = std::strtol(text.c_str(), nullptr, base);
-  return n > INT_MAX ? INT_MAX : n < INT_MIN ? INT_MIN : static_cast<int>(n);
+  return vexa::to_int32(static_cast<double>(std::strtol(text.c_str(), nullptr, base)));
 }
 
 void hex(const std::string& args, vexa::parser&) {

@@ -1,34 +1,13 @@
-// The engine's data: operands, flat expressions, and the name table.
+// The engine's name table: variables and one-argument functions by name.
 #pragma once
 
 #include <cmath>
 #include <ctime>
-#include <list>
 #include <map>
+#include <memory>
 #include <string>
 
 namespace vexa {
-
-struct context;
-
-// One operand and the operator written after it (0 when none follows).
-struct valop {
-  double value = 0.0;
-  std::string name;  // non-empty only while the operand is an unresolved identifier
-  char op = 0;
-
-  bool resolve(double& value, context& ctx, std::string& error);
-};
-
-// A flat operand list; groups are evaluated before they enter it, so it never nests.
-struct expression : std::list<valop*> {
-  expression() = default;
-  expression(const expression&) = delete;
-  expression& operator=(const expression&) = delete;
-  virtual ~expression() {
-    for (valop* v : *this) delete v;
-  }
-};
 
 struct identifier {
   double value = 0.0;
@@ -77,29 +56,10 @@ struct context : std::map<std::string, identifier*> {
 
 // Binding always installs a new variable, so a name that held a function loses it.
 inline void bind_variable(context& ctx, const std::string& name, double value) {
-  identifier* fresh = new identifier{value, nullptr};
+  std::unique_ptr<identifier> fresh(new identifier{value, nullptr});
   identifier*& slot = ctx[name];
   delete slot;
-  slot = fresh;
-}
-
-inline bool valop::resolve(double& result, context& ctx, std::string& error) {
-  if (name.empty()) {
-    result = value;
-    return true;
-  }
-  context::iterator found = ctx.find(name);
-  if (found == ctx.end()) {
-    error = "Unknown identifier: " + name;
-    return false;
-  }
-  if (found->second->function) {
-    error = "Identifier cannot be used as a value: " + name;
-    return false;
-  }
-  result = value = found->second->value;
-  name.clear();
-  return true;
+  slot = fresh.release();
 }
 
 }  // namespace vexa

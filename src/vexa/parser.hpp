@@ -9,210 +9,220 @@
 // so the evaluator only ever sees a flat list.
 #pragma once
 
-#include <climits>
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <list>
+#include <new>
 #include <string>
+#include <vector>
 
+#include "vexa/arithmetic.hpp"
 #include "vexa/context.hpp"
 #include "vexa/tables.hpp"
 
 namespace vexa {
 
-// Truncates toward zero into 32 bits; out-of-range values clamp and NaN gives 0.
-inline int to_int32(double x) {
-  if (x != x) return 0;
-  if (x >= 2147483647.0) return INT_MAX;
-  if (x <= -2147483648.0) return INT_MIN;
-  return static_cast<int>(x);
-}
+// One operand and the operator written after it (0 when none follows). An
+// identifier not yet resolved is a piece of the line's text, not a copy: an
+// operand costs 16 bytes, so a long line needs little more memory than itself.
+struct valop {
+  union {
+    double value;      // when name_size is 0
+    uint64_t name_at;  // otherwise: where the name starts in the line
+  };
+  uint32_t name_size;  // UINT32_MAX: at least that long, measured again on use
+  char op;
+
+  static valop number(double v) {
+    valop o;
+    o.value = v;
+    o.name_size = 0;
+    o.op = 0;
+    return o;
+  }
+  bool is_name() const { return name_size != 0; }
+};
+
+// The operands of a line: those of every open group, the innermost last.
+using expression = std::vector<valop>;
 
 struct parser {
   context ctx;
   std::string error;
   bool debug = false;
 
+  // Evaluates one line; false with the message in `error`, `value` untouched.
   bool parse(const std::string& text, double& value);
-  bool evaluate(expression* expr, double& value);
-  bool resolve_parts(std::list<valop*>::iterator& it, expression* expr, char op, double& lhs,
-                     double& rhs);
 
  private:
-  // A follow-on line explains which step failed; it is kept only when debugging
-  // or when nothing else has been said.
-  void follow_on(const char* line) {
-    if (error.empty() || debug) error += line;
-  }
+  const std::string* text = nullptr;  // the line being parsed, which names point into
+
+  bool scan(const std::string& line, double& value);
+  bool evaluate(valop* first, std::size_t& count, double& value);
+  std::string name_of(const valop& v) const;
+  bool resolve(valop& v, double& result, const char* follow_on_line);
   template <class Combine>
-  bool left_to_right(expression* expr, const char* ops, Combine combine);
+  bool left_to_right(valop* a, std::size_t& count, const char* ops, Combine combine);
+  template <class Apply>
+  bool right_to_left(valop* a, std::size_t& count, char op, Apply apply);
+
+  // Fails with `message`; a follow-on line is kept only when debugging or when
+  // nothing else has been said.
+  bool fail(const std::string& message) {
+    error = message;
+    return false;
+  }
+  bool follow_on(const char* line) {
+    if (error.empty() || debug) error += line;
+    return false;
+  }
 };
 
-inline bool parser::resolve_parts(std::list<valop*>::iterator& it, expression* expr, char op,
-                                  double& lhs, double& rhs) {
-  if (!(*it)->resolve(lhs, ctx, error)) {
-    follow_on("\nUnable to resolve left-hand value.");
-    delete expr;
-    return false;
+inline bool is_name_byte(char c) {
+  int k = class_table()[static_cast<unsigned char>(c)];
+  return k == digit || k == letter;
+}
+
+inline std::string parser::name_of(const valop& v) const {
+  if (!v.is_name()) return std::string();
+  std::size_t size = v.name_size;
+  while (size >= UINT32_MAX && v.name_at + size < text->size() && is_name_byte((*text)[v.name_at + size])) ++size;
+  return text->substr(v.name_at, size);
+}
+
+// The operand's number: its own, or its variable's, which it keeps from then on.
+inline bool parser::resolve(valop& v, double& result, const char* follow_on_line) {
+  if (v.is_name()) {
+    std::string name = name_of(v);
+    context::iterator found = ctx.find(name);
+    if (found == ctx.end()) return fail("Unknown identifier: " + name) || follow_on(follow_on_line);
+    if (found->second->function)
+      return fail("Identifier cannot be used as a value: " + name) || follow_on(follow_on_line);
+    char op = v.op;
+    v = valop::number(found->second->value);
+    v.op = op;
   }
-  delete *it;
-  it = expr->erase(it);
-  if (it == expr->end()) {
-    error = std::string("No right-hand value for operator: ") + op + ".";
-    delete expr;
-    return false;
-  }
-  if (!(*it)->resolve(rhs, ctx, error)) {
-    follow_on("\nUnable to resolve right-hand value.");
-    delete expr;
-    return false;
-  }
+  result = v.value;
   return true;
 }
 
-// One pass for a left-associative level: each operator found is applied at once
-// and the scan stays on the result, whose own operator is examined next.
+// One pass for a left-associative level, compacting the operands in place: each
+// operator found is applied at once and its result's own operator examined next.
 template <class Combine>
-bool parser::left_to_right(expression* expr, const char* ops, Combine combine) {
-  for (std::list<valop*>::iterator it = expr->begin(); it != expr->end();) {
-    char op = (*it)->op;
-    if (op == 0 || !std::strchr(ops, op)) {
-      ++it;
+bool parser::left_to_right(valop* a, std::size_t& count, const char* ops, Combine combine) {
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < count;) {
+    valop v = a[i++];
+    while (v.op != 0 && std::strchr(ops, v.op)) {
+      double lhs, rhs;
+      if (!resolve(v, lhs, "\nUnable to resolve left-hand value.")) return false;
+      if (i == count) return fail(std::string("No right-hand value for operator: ") + v.op + ".");
+      if (!resolve(a[i], rhs, "\nUnable to resolve right-hand value.")) return false;
+      v = valop::number(combine(v.op, lhs, rhs));
+      v.op = a[i++].op;
+    }
+    a[kept++] = v;
+  }
+  count = kept;
+  return true;
+}
+
+// One pass for a right-associative level ("2^3^2" is 2^9, "a = b = 2" binds b
+// first), compacting from the right. apply(left operand, its value, right-hand
+// value, right operand) leaves the result in the right operand; only `^` reads
+// its left operand's value ("=" binds its name).
+template <class Apply>
+bool parser::right_to_left(valop* a, std::size_t& count, char op, Apply apply) {
+  std::size_t kept = count;  // a[kept..count) are the operands that stay
+  for (std::size_t i = count; i > 0;) {
+    valop v = a[--i];
+    if (v.op != op) {
+      a[--kept] = v;
       continue;
     }
-    double lhs, rhs;
-    if (!resolve_parts(it, expr, op, lhs, rhs)) return false;
-    (*it)->value = combine(op, lhs, rhs);
+    double lhs = 0, rhs;
+    if (op == '^' && !resolve(v, lhs, "\nUnable to resolve left-hand value.")) return false;
+    if (kept == count) return fail(std::string("No right-hand value for operator: ") + op + ".");
+    if (!resolve(a[kept], rhs, "\nUnable to resolve right-hand value.")) return false;
+    apply(v, lhs, rhs, a[kept]);
   }
+  std::memmove(a, a + kept, (count - kept) * sizeof(valop));
+  count -= kept;
   return true;
 }
 
-// Once a product is 0 or infinite, each further factor can only flip its sign (a
-// negative one) or make it NaN (0 times infinity), so the rest need not be walked.
-inline double settle_product(double r, double from, double b) {
-  double lowest = b < -2147483648.0 ? -2147483648.0 : std::floor(b) + 1;
-  if (std::isinf(r) && from >= 0 && lowest <= 0) {
-    // The NaN of the multiplication itself, whose sign the platform chooses (x86
-    // sets it); later factors pass a NaN on unchanged.
-    volatile double zero = 0.0;
-    return r * zero;
-  }
-  double highest_negative = from < -1 ? from : -1;
-  double negatives = highest_negative >= lowest ? highest_negative - lowest + 1 : 0;
-  return std::fmod(negatives, 2) == 1 ? -r : r;
-}
-
-// a!b: a times every integer from a-1 down to just above b. The counter is 32-bit;
-// it stops at the bottom of its range, so a right operand below -2147483648 acts
-// as -2147483649.
-inline double falling_product(double a, double b) {
-  double r = a;
-  for (int k = to_int32(a - 1); k > b; --k) {
-    r *= k;
-    if (k == INT_MIN || r != r) break;
-    if (r == 0 || std::isinf(r)) return settle_product(r, k - 1.0, b);
-  }
-  return r;
-}
-
-inline bool parser::evaluate(expression* expr, double& value) {
+inline bool parser::evaluate(valop* a, std::size_t& count, double& value) {
   if (debug) {
-    for (std::list<valop*>::iterator it = expr->begin(); it != expr->end(); ++it)
-      std::printf("%s(%f,'%s',%c)", it == expr->begin() ? "" : "->", (*it)->value,
-                  (*it)->name.c_str(), (*it)->op);
+    for (std::size_t i = 0; i < count; ++i)
+      std::printf("%s(%f,'%s',%c)", i == 0 ? "" : "->", a[i].is_name() ? 0.0 : a[i].value,
+                  name_of(a[i]).c_str(), a[i].op);
     std::printf("\n");
   }
   ctx.find("time")->second->value = static_cast<double>(std::time(nullptr));
 
-  if (!left_to_right(expr, "!", [](char, double a, double b) { return falling_product(a, b); }))
-    return false;
+  bool passed =
+      left_to_right(a, count, "!", [](char, double x, double y) { return falling_product(x, y); }) &&
+      right_to_left(a, count, '^', [](valop&, double x, double y, valop& result) {
+        char op = result.op;
+        result = valop::number(std::pow(x, y));
+        result.op = op;
+      }) &&
+      left_to_right(a, count, "*/%", [](char op, double x, double y) {
+        return op == '*' ? x * y : op == '/' ? x / y : remainder_32(x, y);
+      }) &&
+      left_to_right(a, count, "+-", [](char op, double x, double y) { return op == '+' ? x + y : x - y; }) &&
+      right_to_left(a, count, '=', [&](valop& target, double, double v, valop&) {
+        bind_variable(ctx, name_of(target), v);
+      });
+  if (!passed) return false;
 
-  // '^' groups from the right: "2^3^2" is 2^9.
-  for (std::list<valop*>::iterator it = expr->end(); it != expr->begin();) {
-    --it;
-    if ((*it)->op != '^') continue;
-    double lhs, rhs;
-    if (!resolve_parts(it, expr, '^', lhs, rhs)) return false;
-    (*it)->value = std::pow(lhs, rhs);
-  }
-
-  if (!left_to_right(expr, "*/%", [](char op, double a, double b) {
-        if (op == '*') return a * b;
-        if (op == '/') return a / b;
-        return a - b * to_int32(a / b);
-      }))
-    return false;
-
-  if (!left_to_right(expr, "+-", [](char op, double a, double b) {
-        return op == '+' ? a + b : a - b;
-      }))
-    return false;
-
-  // '=' binds from the right, so "a = b = 2" binds b first.
-  for (std::list<valop*>::iterator it = expr->end(); it != expr->begin();) {
-    --it;
-    if ((*it)->op != '=') continue;
-    std::string target = (*it)->name;
-    delete *it;
-    it = expr->erase(it);
-    if (it == expr->end()) {
-      error = "No right-hand value for operator: =.";
-      delete expr;
-      return false;
-    }
-    double v;
-    if (!(*it)->resolve(v, ctx, error)) {
-      follow_on("\nUnable to resolve right-hand value.");
-      delete expr;
-      return false;
-    }
-    bind_variable(ctx, target, v);
-  }
-
-  if (expr->size() != 1) {
-    error = "Expression does not evaluate to a single value.";
-    delete expr;
-    return false;
-  }
+  if (count != 1) return fail("Expression does not evaluate to a single value.");
   double result;
-  if (!expr->front()->resolve(result, ctx, error)) {
-    follow_on("\nUnable to resolve value.");
-    delete expr;
-    return false;
-  }
-  delete expr;
+  if (!resolve(a[0], result, "\nUnable to resolve value.")) return false;
   ctx.find("ans")->second->value = result;
   value = result;
   return true;
 }
 
 inline bool parser::parse(const std::string& text, double& value) {
+  // Memory is the one thing that may run out on a long line: that fails the line
+  // like any other error, and the session goes on.
+  try {
+    return scan(text, value);
+  } catch (const std::bad_alloc&) {
+    return fail("Out of memory");
+  }
+}
+
+inline bool parser::scan(const std::string& line, double& value) {
   int** next_state = state_table();
   int* classes = class_table();
-  std::list<expression*> groups;  // a stack: bottom is the whole line, top the open group
-  groups.push_back(new expression);
-  std::string number, name;
+  text = &line;
   error.clear();
+  // An operand takes at least one byte and the operator after it another, so
+  // one allocation holds them all; pages it never touches cost nothing.
+  expression operands;
+  operands.reserve(line.size() / 2 + 2);
+  std::vector<std::size_t> groups;  // where each open group's operands begin; the line's first
+  groups.reserve(static_cast<std::size_t>(std::count(line.begin(), line.end(), '(')) + 1);
+  groups.push_back(0);
+  std::size_t number_start = 0, name_start = 0;
 
-  auto fail = [&](const std::string& message) {
-    error = message;
-    for (expression* e : groups) delete e;
-    return false;
-  };
   // Positioned messages keep every byte, a NUL included, and their own line feed.
-  auto positioned = [&](const char* format, size_t i, unsigned char c) {
+  auto positioned = [&](const char* format, std::size_t i, unsigned char c) {
     char buf[80];
     int n = std::snprintf(buf, sizeof buf, format, static_cast<int>(i), c);
-    return fail(std::string(buf, static_cast<size_t>(n)));
+    return fail(std::string(buf, static_cast<std::size_t>(n)));
   };
 
   int state = start;
-  for (size_t i = 0; i <= text.size(); ++i) {
+  for (std::size_t i = 0; i <= line.size(); ++i) {
     // The end of the text reads as one trailing blank, which ends any open token.
-    unsigned char c = i < text.size() ? static_cast<unsigned char>(text[i]) : ' ';
+    unsigned char c = i < line.size() ? static_cast<unsigned char>(line[i]) : ' ';
     int k = classes[c];
     if (k == illegal) return positioned("Illegal character at position %d: '%c'\n", i, c);
     int next = next_state[state][k];
@@ -221,53 +231,50 @@ inline bool parser::parse(const std::string& text, double& value) {
 
     bool in_number = state >= sign && state <= fraction;
     if (next >= sign && next <= fraction) {
-      if (in_number) number += static_cast<char>(c);
-      else number.assign(1, static_cast<char>(c));
+      if (!in_number) number_start = i;
       state = next;
       continue;
     }
-    expression* current = groups.back();
     if (state == integer || state == fraction)
-      current->push_back(new valop{std::strtod(number.c_str(), nullptr), std::string(), 0});
+      operands.push_back(valop::number(number_value(line.c_str() + number_start, i - number_start)));
     if (next == in_name) {
-      if (state == in_name) name += static_cast<char>(c);
-      else name.assign(1, static_cast<char>(c));
+      if (state != in_name) name_start = i;
     } else if (state == in_name) {
-      current->push_back(new valop{0.0, name, 0});
+      valop name = valop::number(0);
+      name.name_at = name_start;
+      name.name_size = static_cast<uint32_t>(std::min<std::size_t>(i - name_start, UINT32_MAX));
+      operands.push_back(name);
     }
 
-    if ((next == after_operator && state != after_operator) ||
-        (next == after_assign && state != after_assign)) {
-      current->back()->op = static_cast<char>(c);
+    if ((next == after_operator && state != after_operator) || (next == after_assign && state != after_assign)) {
+      operands.back().op = static_cast<char>(c);
     } else if (next == after_open) {
-      groups.push_back(new expression);
+      groups.push_back(operands.size());
     } else if (next == after_close) {
       if (groups.size() == 1) return positioned("Unmatched right-parenthesis at: %d\n", i, c);
-      expression* group = groups.back();
+      std::size_t first = groups.back(), count = operands.size() - first;
       groups.pop_back();
       double v;
-      if (!evaluate(group, v)) {
-        follow_on("\nFailed to evaluate parenthetical expression.");
-        return fail(error);
-      }
-      expression* parent = groups.back();
+      if (!evaluate(operands.data() + first, count, v))
+        return follow_on("\nFailed to evaluate parenthetical expression.");
+      operands.resize(first);
       // A group right after a name that has no operator is a function's argument.
-      if (!parent->empty() && parent->back()->op == 0 && !parent->back()->name.empty()) {
-        std::string function = parent->back()->name;
-        delete parent->back();
-        parent->pop_back();
+      if (operands.size() > groups.back() && operands.back().op == 0 && operands.back().is_name()) {
+        std::string function = name_of(operands.back());
+        operands.pop_back();
         context::iterator found = ctx.find(function);
         if (found == ctx.end()) return fail("Unknown identifier: " + function);
         if (!found->second->function) return fail("Identifier is not a function: " + function);
         v = found->second->function(v);
       }
-      parent->push_back(new valop{v, std::string(), 0});
+      operands.push_back(valop::number(v));
     }
     state = next;
   }
 
   if (groups.size() != 1) return fail("Input does not evaluate to a single expression.");
-  return evaluate(groups.back(), value);
+  std::size_t count = operands.size();
+  return evaluate(operands.data(), count, value);
 }
 
 }  // namespace vexa

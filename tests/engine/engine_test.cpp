@@ -2,12 +2,26 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <new>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "vexa/parser.hpp"
 
 using namespace std::string_literals;
+
+// Allocations above this size fail, as they would on a machine without the memory.
+static size_t allocation_limit = SIZE_MAX;
+
+void* operator new(size_t size) {
+  void* p = size <= allocation_limit ? std::malloc(size ? size : 1) : nullptr;
+  if (!p) throw std::bad_alloc();
+  return p;
+}
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete(void* p, size_t) noexcept { std::free(p); }
 
 namespace {
 
@@ -131,6 +145,41 @@ TEST(Engine, ResetRestoresTheBuiltinsAndTimeIsRefreshed) {
   EXPECT_GT(std::stod(run(p, "time")), 1.7e9);
   p.ctx.reset();
   EXPECT_EQ(run(p, "x") + run(p, "sin(0) + pi"), "Unknown identifier: x3.1415926535");
+}
+
+// Literals of up to 15 digits skip strtod; their values must be its values, bit
+// for bit, around every power of ten the quick path divides by.
+TEST(Engine, NumberLiteralsReadAsStrtodReadsThem) {
+  std::vector<std::string> literals = {"0", "-0", ".5", "-.5", "0.1", "123456789012345", "1234567890123456",
+                                       "999999999999999.9", "0.000000000000001", "-3.000000000000000001"};
+  uint64_t seed = 1;
+  for (int i = 0; i < 20000; ++i) {
+    seed = seed * 6364136223846793005u + 1442695040888963407u;
+    std::string digits = std::to_string(seed >> 20).substr(0, 1 + (seed >> 8) % 17);
+    size_t point = (seed >> 4) % (digits.size() + 1);
+    literals.push_back((seed & 1 ? "-" : "") + digits.substr(0, point) + (point < digits.size() ? "." : "") +
+                       digits.substr(point));
+  }
+  for (const std::string& text : literals) {
+    double quick = vexa::number_value(text.c_str(), text.size()), slow = std::strtod(text.c_str(), nullptr);
+    EXPECT_EQ(std::memcmp(&quick, &slow, sizeof quick), 0) << text;
+  }
+}
+
+// Long lines and deep nesting give the answers of short ones; running out of
+// memory fails the line with a message, and the next line works.
+TEST(Engine, LongLinesAndMemory) {
+  vexa::parser p;
+  std::string sum = "1", nested = "1";
+  for (int i = 0; i < 200000; ++i) sum += "+1";
+  for (int i = 0; i < 100000; ++i) nested = "(" + nested + ")";
+  EXPECT_EQ(run(p, sum) + run(p, nested) + run(p, "2 * " + nested), "20000112");
+  std::string huge(4 << 20, '1');
+  for (size_t i = 1; i < huge.size(); i += 2) huge[i] = '+';
+  allocation_limit = 1 << 20;
+  std::string failed = run(p, huge);
+  allocation_limit = SIZE_MAX;
+  EXPECT_EQ(failed + run(p, "6*7"), "Out of memory42");
 }
 
 }  // namespace
