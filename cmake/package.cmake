@@ -8,3 +8,8 @@ if(NOT vexa_type STREQUAL "Release" OR CPACK_VEXA_SANITIZE)
   message(WARNING "Packaging a build that is not a plain Release build; a package to hand "
                   "out comes from: cmake -S . -B build -DCMAKE_BUILD_TYPE=Release")
 endif()
+
+# Every file's time in the package, unless the caller chose one.
+if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
+  set(ENV{SOURCE_DATE_EPOCH} "${CPACK_VEXA_SOURCE_DATE_EPOCH}")
+endif()

@@ -129,7 +129,7 @@ TEST(Base, Files) {
     if (none.rfind("/proc/", 0) != 0)
       base::for_each_line(none, [&](const std::string&, unsigned, unsigned) { ADD_FAILURE(); });
   }
-  std::system(("rm -rf '" + dir + "'").c_str());
+  EXPECT_EQ(std::system(("rm -rf '" + dir + "'").c_str()), 0);
   std::FILE* pipe = popen("head -c 200000 /dev/zero | tr '\\0' x", "r");  // read to its end
   EXPECT_EQ(base::load("/dev/fd/" + std::to_string(fileno(pipe))), std::string(200000, 'x'));
   pclose(pipe);

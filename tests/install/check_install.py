@@ -43,7 +43,7 @@ def check_install(tmp):
 
 def check_man(tmp):
     need("man")
-    status, text, err = run(["man", "--warnings", "-l", SOURCE + "/man/vexa.1"])
+    status, text, err = run(["man", "--warnings", "-l", BUILD + "/man/vexa.1"])
     expect("man --warnings", (status, err), (0, b""))
     text = re.sub(r"\s+", " ", text.decode())
     commands = text.split(" COMMANDS ")[1].split(" FORMULA FILES ")[0]
@@ -123,13 +123,16 @@ def check_package(tmp):
     listing = run(["dpkg-deb", "-c", deb])[1].decode()
     files = [line.split()[-1] for line in listing.splitlines() if line.startswith("-")]
     expect("files", [f for f in files if "/examples/" not in f],
-           ["./usr/bin/vexa", "./usr/share/man/man1/vexa.1.gz"])
+           ["./usr/bin/vexa", "./usr/share/doc/vexa/changelog.gz", "./usr/share/doc/vexa/copyright",
+            "./usr/share/man/man1/vexa.1.gz"])
     root = os.path.join(tmp, "root")
     run(["dpkg-deb", "-x", deb, root])
     answers_42("packaged usr/bin/vexa", os.path.join(root, "usr", "bin", "vexa"))
     with gzip.open(root + "/usr/share/man/man1/vexa.1.gz") as page:
-        expect("packaged page is man/vexa.1", page.read(),
-               open(os.path.join(SOURCE, "man", "vexa.1"), "rb").read())
+        expect("packaged page is the built man/vexa.1", page.read(),
+               open(os.path.join(BUILD, "man", "vexa.1"), "rb").read())
+    expect("no .comment in the packaged binary",
+           b".comment" in run(["readelf", "-S", os.path.join(root, "usr", "bin", "vexa")])[1], False)
 
 
 with tempfile.TemporaryDirectory() as tmp:
