@@ -39,6 +39,10 @@ def check_install(tmp):
            ["vexa.1.gz" if shutil.which("gzip") else "vexa.1"])
     expect("examples", sorted(os.listdir(tmp + "/share/doc/vexa/examples")),
            sorted(os.listdir(SOURCE + "/examples")))
+    run([CMAKE, "--install", BUILD, "--prefix", tmp + "/elsewhere"])  # the manifest now names only that
+    run([CMAKE, "-DPREFIX=" + tmp, "-DBUILD=" + BUILD, "-P", SOURCE + "/cmake/uninstall.cmake"], cwd=SOURCE)
+    left = [os.path.join(d, f) for d, _, fs in os.walk(tmp) for f in fs if "elsewhere" not in d]
+    expect("left after uninstalling", (left, os.path.exists(tmp + "/share/doc/vexa")), ([], False))
 
 
 def check_man(tmp):

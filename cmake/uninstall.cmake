@@ -1,0 +1,40 @@
+# Removes what `cmake --install` puts under a prefix, by installing the build
+# once more into a scratch folder to learn the files' names:
+#   cmake [-DPREFIX=/usr/local] [-DBUILD=build] -P cmake/uninstall.cmake
+# run in the source folder. vexa's own folders (share/doc/vexa) go too when
+# nothing else is left in them; shared ones such as bin stay.
+if(NOT DEFINED PREFIX)
+  set(PREFIX /usr/local)
+endif()
+if(NOT DEFINED BUILD)
+  set(BUILD build)
+endif()
+get_filename_component(stage "${BUILD}/uninstall-stage" ABSOLUTE)
+file(REMOVE_RECURSE "${stage}")
+execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${stage}"
+                OUTPUT_QUIET RESULT_VARIABLE failed)
+if(failed)
+  message(FATAL_ERROR "No build of vexa in '${BUILD}' to learn the installed files from")
+endif()
+file(GLOB_RECURSE files LIST_DIRECTORIES false RELATIVE "${stage}" "${stage}/*")
+set(folders "")
+foreach(file ${files})
+  if(EXISTS "${PREFIX}/${file}" OR IS_SYMLINK "${PREFIX}/${file}")
+    message(STATUS "Removing ${PREFIX}/${file}")
+    file(REMOVE "${PREFIX}/${file}")
+  endif()
+  get_filename_component(folder "${file}" DIRECTORY)
+  if(folder MATCHES "(^|/)vexa(/|$)")
+    list(APPEND folders "${folder}")
+  endif()
+endforeach()
+# Deepest first, so that a folder emptied by its subfolder's removal goes too.
+list(REMOVE_DUPLICATES folders)
+list(SORT folders ORDER DESCENDING)
+foreach(folder ${folders})
+  file(GLOB left "${PREFIX}/${folder}/*")
+  if(IS_DIRECTORY "${PREFIX}/${folder}" AND NOT left)
+    file(REMOVE_RECURSE "${PREFIX}/${folder}")
+  endif()
+endforeach()
+file(REMOVE_RECURSE "${stage}")
