@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "base/cpu.hpp"
 #include "base/digest.hpp"
 #include "base/random.hpp"
 #include "base/text.hpp"
@@ -12,32 +13,23 @@ namespace {
 // its SHA-256 digest, which is the next string. Argument 1 allows the CPU's SHA
 // extensions where present, 0 forces the portable rounds.
 void chain_step(benchmark::State& state) {
-  bool saved = base::sha256_use_cpu_sha;
-  base::sha256_use_cpu_sha = saved && state.range(0) == 1;
+  base::cpu::portable_only = state.range(0) == 0;
   std::string s = base::randstr(64);
   for (auto _ : state) {
     s = base::hex(base::sha256(s));
     benchmark::DoNotOptimize(s.data());
   }
   state.SetItemsProcessed(state.iterations());
-  base::sha256_use_cpu_sha = saved;
+  base::cpu::portable_only = false;
 }
 BENCHMARK(chain_step)->Arg(1)->Arg(0);
 
-std::string sha256_portable(const std::string& input) {
-  bool saved = base::sha256_use_cpu_sha;
-  base::sha256_use_cpu_sha = false;
-  std::string digest = base::sha256(input);
-  base::sha256_use_cpu_sha = saved;
-  return digest;
-}
-
-std::string sha1_portable(const std::string& input) {
-  bool saved = base::sha1_use_cpu_sha;
-  base::sha1_use_cpu_sha = false;
-  std::string digest = base::sha1(input);
-  base::sha1_use_cpu_sha = saved;
-  return digest;
+template <std::string (*digest)(const std::string&)>
+std::string portable(const std::string& input) {
+  base::cpu::portable_only = true;
+  std::string result = digest(input);
+  base::cpu::portable_only = false;
+  return result;
 }
 
 template <std::string (*digest)(const std::string&)>
@@ -52,9 +44,9 @@ void throughput(benchmark::State& state) {
 }
 BENCHMARK_TEMPLATE(throughput, base::md5)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, base::sha1)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(throughput, sha1_portable)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(throughput, portable<base::sha1>)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 BENCHMARK_TEMPLATE(throughput, base::sha256)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(throughput, sha256_portable)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(throughput, portable<base::sha256>)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

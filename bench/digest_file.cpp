@@ -1,24 +1,12 @@
 // digest_file md5|sha1|sha256|sha1-portable|sha256-portable FILE: prints the hex
-// digest of the file, read in blocks as the session's digest commands read it, so
-// it can be timed against md5sum and friends. The -portable names leave the CPU's
-// SHA extensions unused.
+// digest of the file through the session's own digest commands, so it can be
+// timed against md5sum and friends. The -portable names leave the CPU's SHA
+// extensions unused.
 #include <cstdio>
-#include <cstring>
 #include <string>
-#include <vector>
 
-#include "base/digest.hpp"
-#include "base/file.hpp"
-#include "base/text.hpp"
-
-template <class Context>
-std::string digest(const char* file) {
-  base::reader in(file);
-  std::vector<char> block(base::block_size);
-  Context context;
-  while (std::size_t n = in.read(block.data(), block.size())) context.add(block.data(), n);
-  return context.finish();
-}
+#include "base/cpu.hpp"
+#include "session/streams.hpp"
 
 int main(int argc, char** argv) {
   if (argc != 3) {
@@ -26,16 +14,14 @@ int main(int argc, char** argv) {
     return 2;
   }
   std::string name = argv[1];
-  if (name == "sha1-portable") base::sha1_use_cpu_sha = false;
-  if (name == "sha256-portable") base::sha256_use_cpu_sha = false;
-  std::string bytes;
-  if (name == "md5") bytes = digest<base::md5_context>(argv[2]);
-  else if (name == "sha1" || name == "sha1-portable") bytes = digest<base::sha1_context>(argv[2]);
-  else if (name == "sha256" || name == "sha256-portable") bytes = digest<base::sha256_context>(argv[2]);
+  base::cpu::portable_only = name.size() > 9 && name.compare(name.size() - 9, 9, "-portable") == 0;
+  name = name.substr(0, name.find('-'));
+  if (name == "md5") streams::md5(argv[2], stdout);
+  else if (name == "sha1") streams::sha1(argv[2], stdout);
+  else if (name == "sha256") streams::sha256(argv[2], stdout);
   else {
     std::printf("unknown digest: %s\n", argv[1]);
     return 2;
   }
-  std::printf("%s  %s\n", base::hex(bytes).c_str(), argv[2]);
   return 0;
 }

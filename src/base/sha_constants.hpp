@@ -1,6 +1,6 @@
 // The round constants of SHA-1 (four, one per group of 20 steps) and SHA-256
-// (FIPS 180-4), shared by the paths that use the CPU's SHA instructions, which add
-// them four at a time; the portable SHA-256 rounds write them as literals.
+// (FIPS 180-4), one table each for the portable rounds and the CPU instructions,
+// which add them four at a time.
 #pragma once
 
 #include <cstdint>

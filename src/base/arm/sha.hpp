@@ -1,8 +1,6 @@
 // SHA-1 and SHA-256 block compression through the ARMv8 cryptography
-// instructions, for arm64 CPUs that have them. Each function compresses `count`
-// 64-byte blocks at `p` into the state words at `state`, giving the same words as
-// the portable rounds in digest.hpp, which every other CPU runs. They exist only
-// where VEXA_ARM_SHA is defined.
+// instructions, for arm64 CPUs that have them (base::cpu tells): the same state
+// words as the portable rounds, which every other CPU runs.
 #pragma once
 
 #include <cstddef>
@@ -23,14 +21,10 @@
 #define VEXA_ARM_SHA_TARGET __attribute__((target("+crypto")))
 #endif
 #include <arm_neon.h>
-#include <sys/auxv.h>
 #endif
 
-namespace base {
-
 #if defined(VEXA_ARM_SHA)
-inline bool arm_sha1_supported() { return getauxval(AT_HWCAP) & HWCAP_SHA1; }
-inline bool arm_sha256_supported() { return getauxval(AT_HWCAP) & HWCAP_SHA2; }
+namespace base::arm {
 
 // Reads 16 message bytes as four big-endian words.
 VEXA_ARM_SHA_TARGET inline uint32x4_t arm_load_be32x4(const unsigned char* p) {
@@ -39,7 +33,7 @@ VEXA_ARM_SHA_TARGET inline uint32x4_t arm_load_be32x4(const unsigned char* p) {
 
 // The instructions hold the state as the words A to D in one vector and E in a
 // scalar, and do four steps at a time with message words plus constant.
-VEXA_ARM_SHA_TARGET inline void sha1_blocks_arm(const unsigned char* p, std::size_t count, uint32_t* state) {
+VEXA_ARM_SHA_TARGET inline void sha1_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
   uint32x4_t abcd = vld1q_u32(state);
   uint32_t e = state[4];
   for (std::size_t block = 0; block < count; ++block, p += 64) {
@@ -71,7 +65,7 @@ VEXA_ARM_SHA_TARGET inline void sha1_blocks_arm(const unsigned char* p, std::siz
 
 // The instructions hold the state as the words A to D and E to H in two vectors
 // and do four rounds at a time with message words plus constants.
-VEXA_ARM_SHA_TARGET inline void sha256_blocks_arm(const unsigned char* p, std::size_t count, uint32_t* state) {
+VEXA_ARM_SHA_TARGET inline void sha256_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
   uint32x4_t abcd = vld1q_u32(state), efgh = vld1q_u32(state + 4);
   for (std::size_t block = 0; block < count; ++block, p += 64) {
     uint32x4_t abcd_in = abcd, efgh_in = efgh;
@@ -92,6 +86,6 @@ VEXA_ARM_SHA_TARGET inline void sha256_blocks_arm(const unsigned char* p, std::s
   vst1q_u32(state, abcd);
   vst1q_u32(state + 4, efgh);
 }
-#endif
 
-}  // namespace base
+}  // namespace base::arm
+#endif
