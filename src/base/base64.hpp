@@ -8,6 +8,10 @@
 #include <cstring>
 #include <string>
 
+#include "base/arm/base64.hpp"
+#include "base/cpu.hpp"
+#include "base/x86/base64.hpp"
+
 namespace base {
 
 inline const char base64_alphabet[] =
@@ -17,7 +21,7 @@ inline const char base64_length_warning[] = "Warning: input string length not mu
 // Encodes n bytes into out, which has room for (n + 2) / 3 * 4 characters, and
 // returns that count. Only the last piece of a longer input may have a length
 // that is not a multiple of 3.
-inline std::size_t base64_encode(const unsigned char* in, std::size_t n, char* out) {
+inline std::size_t base64_encode_portable(const unsigned char* in, std::size_t n, char* out) {
   // The two characters of every 12-bit value: one lookup makes half a group.
   struct pair_table {
     char pair[4096][2];
@@ -57,7 +61,7 @@ inline std::size_t base64_encode(const unsigned char* in, std::size_t n, char* o
 // and 4, elsewhere as 64, so concatenated Base64 texts decode to the concatenated
 // bytes. Only the low six bits of a value reach the output (the shifts push the
 // rest out of each byte), so 64 acts as 0 and 65 as 1.
-inline std::size_t unbase64_groups(const unsigned char* in, std::size_t groups, char* out) {
+inline std::size_t unbase64_groups_portable(const unsigned char* in, std::size_t groups, char* out) {
   // place[k][c] is character c's share of the group's bytes when it stands in
   // place k, laid out in memory as the three output bytes and a fourth byte that
   // flags padding: 2 for "=" in place 3, 1 for "=" in place 4. Or-ing the four
@@ -95,6 +99,55 @@ inline std::size_t unbase64_groups(const unsigned char* in, std::size_t groups, 
     o += (v & pad) == 0 ? 3 : (v & table.pad_third) ? 1 : 2;
   }
   return static_cast<std::size_t>(o - out);
+}
+
+// The same, through the CPU's vector instructions where it has them: they take
+// whole pieces of plain alphabet, the portable code everything else.
+inline std::size_t base64_encode(const unsigned char* in, std::size_t n, char* out) {
+  std::size_t taken = 0;
+#if defined(VEXA_X86_AVX2)
+  if (cpu::has(&cpu::features::avx2)) taken = x86::base64_encode(in, n, out);
+#elif defined(VEXA_ARM_NEON)
+  if (cpu::has(&cpu::features::neon)) taken = arm::base64_encode(in, n, out, base64_alphabet);
+#endif
+  return taken / 3 * 4 + base64_encode_portable(in + taken, n - taken, out + taken / 3 * 4);
+}
+
+inline std::size_t unbase64_groups(const unsigned char* in, std::size_t groups, char* out) {
+  char* o = out;
+#if defined(VEXA_X86_AVX2) || defined(VEXA_ARM_NEON)
+#if defined(VEXA_X86_AVX2)
+  const std::size_t piece = 8;  // groups a vector step takes
+  auto vector_pieces = [](const unsigned char* p, std::size_t count, char* to) {
+    return x86::unbase64_pieces(p, count, to);
+  };
+  bool vectors = cpu::has(&cpu::features::avx2);
+#else
+  const std::size_t piece = 16;
+  struct value_table {
+    unsigned char plus_one[128];
+  };
+  static const value_table values = [] {
+    value_table t = {};
+    for (int v = 0; v < 64; ++v)
+      t.plus_one[static_cast<unsigned char>(base64_alphabet[v])] = static_cast<unsigned char>(v + 1);
+    return t;
+  }();
+  auto vector_pieces = [](const unsigned char* p, std::size_t count, char* to) {
+    return arm::unbase64_pieces(p, count, to, values.plus_one);
+  };
+  bool vectors = cpu::has(&cpu::features::neon);
+#endif
+  while (vectors && groups >= piece) {
+    std::size_t done = vector_pieces(in, groups / piece, o);
+    in += 4 * piece * done, o += 3 * piece * done, groups -= piece * done;
+    if (groups < piece) break;
+    // A piece with padding or strangers in it.
+    o += unbase64_groups_portable(in, piece, o);
+    in += 4 * piece, groups -= piece;
+  }
+#endif
+  return static_cast<std::size_t>(o - out) + unbase64_groups_portable(in, groups, o);
 }
 
 inline std::string base64(const std::string& bytes) {

@@ -53,13 +53,15 @@ inline std::string comma(const std::string& number) {
   return grouped + tail;
 }
 
+// The hexadecimal digits, lowercase, then uppercase from hex_digits + 16.
+inline const char hex_digits[] = "0123456789abcdef0123456789ABCDEF";
+
 inline std::string hex(const std::string& bytes) {
-  static const char digits[] = "0123456789abcdef";
   std::string text(bytes.size() * 2, '0');
   for (std::string::size_type i = 0; i < bytes.size(); ++i) {
     unsigned char c = static_cast<unsigned char>(bytes[i]);
-    text[2 * i] = digits[c >> 4];
-    text[2 * i + 1] = digits[c & 15];
+    text[2 * i] = hex_digits[c >> 4];
+    text[2 * i + 1] = hex_digits[c & 15];
   }
   return text;
 }
@@ -74,15 +76,24 @@ struct byte_codes {
 // Writes the codes of n bytes into out, which has room for 4 * n characters, and
 // returns the count of characters written. Every code is stored as four
 // characters and the next one starts after its size, so a byte costs one store
-// whatever its code. Taking eight input bytes into a local first spares a
-// reload of each after the store, which might have changed it for all the
-// compiler knows.
-inline std::size_t encode_bytes(const byte_codes& codes, const unsigned char* in, std::size_t n, char* out) {
+// whatever its code. Eight bytes at a time for which unchanged(word) holds are
+// copied whole. Taking them into a local first spares a reload of each after the
+// store, which might have changed it for all the compiler knows.
+template <class Unchanged>
+std::size_t encode_bytes(const byte_codes& codes, const unsigned char* in, std::size_t n, char* out,
+                         Unchanged unchanged) {
   char* o = out;
   std::size_t i = 0;
   for (; i + 8 <= n; i += 8) {
     unsigned char c[8];
     std::memcpy(c, in + i, 8);
+    uint64_t word;
+    std::memcpy(&word, c, 8);
+    if (unchanged(word)) {
+      std::memcpy(o, c, 8);
+      o += 8;
+      continue;
+    }
 #pragma GCC unroll 8
     for (int k = 0; k < 8; ++k) {
       std::memcpy(o, codes.text[c[k]], 4);
@@ -95,5 +106,12 @@ inline std::size_t encode_bytes(const byte_codes& codes, const unsigned char* in
   }
   return static_cast<std::size_t>(o - out);
 }
+
+// Tests on eight bytes at once, whatever the machine's byte order: whether any
+// byte is below n (n at most 128), above 126, or equal to c.
+constexpr uint64_t each_byte(unsigned char c) { return 0x0101010101010101u * c; }
+inline bool any_below(uint64_t w, unsigned char n) { return ((w - each_byte(n)) & ~w & each_byte(0x80)) != 0; }
+inline bool any_above_126(uint64_t w) { return ((w + each_byte(1)) | w) & each_byte(0x80); }
+inline bool any_equal(uint64_t w, unsigned char c) { return any_below(w ^ each_byte(c), 1); }
 
 }  // namespace base

@@ -29,7 +29,7 @@ inline std::size_t url_encode_block(const unsigned char* in, std::size_t n, bool
   }();
   // Each byte's code under either flag, so the loop is one lookup a byte.
   static const std::array<byte_codes, 2> codes = [] {
-    static const char digits[] = "0123456789ABCDEF";
+    const char* digits = hex_digits + 16;  // uppercase
     std::array<byte_codes, 2> t;
     for (int flag = 0; flag < 2; ++flag)
       for (int c = 0; c < 256; ++c) {
@@ -46,7 +46,8 @@ inline std::size_t url_encode_block(const unsigned char* in, std::size_t n, bool
       }
     return t;
   }();
-  return encode_bytes(codes[escape_reserved], in, n, out);
+  // Spaces come every few bytes in text, so eight unchanged bytes are too rare to test for.
+  return encode_bytes(codes[escape_reserved], in, n, out, [](uint64_t) { return false; });
 }
 
 // Decodes n bytes into out, which has room for n bytes, and returns the count of

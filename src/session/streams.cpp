@@ -9,6 +9,7 @@
 
 #include "base/base64.hpp"
 #include "base/digest.hpp"
+#include "base/escape.hpp"
 #include "base/file.hpp"
 #include "base/text.hpp"
 #include "base/url.hpp"
@@ -124,36 +125,8 @@ void sha1(const std::string& file, std::FILE* out) { digest<base::sha1_context>(
 void sha256(const std::string& file, std::FILE* out) { digest<base::sha256_context>(file, out); }
 
 void escape(const std::string& file, std::FILE* out) {
-  // A backslash and a letter for the named bytes, the byte itself for the rest
-  // of 32 to 126, a backslash, x and two digits for every other byte.
-  static const base::byte_codes codes = [] {
-    static const char named[][2] = {{'"', '"'},  {'\\', '\\'}, {'\b', 'b'}, {'\f', 'f'},
-                                    {'\n', 'n'}, {'\r', 'r'},   {'\t', 't'}, {'\0', '0'}};
-    static const char digits[] = "0123456789abcdef";
-    base::byte_codes t;
-    for (int c = 0; c < 256; ++c) {
-      char* text = t.text[c];
-      if (c >= 32 && c <= 126) {
-        text[0] = static_cast<char>(c);
-        t.size[c] = 1;
-      } else {
-        const char hex[4] = {'\\', 'x', digits[c >> 4], digits[c & 15]};
-        std::memcpy(text, hex, 4);
-        t.size[c] = 4;
-      }
-    }
-    for (const char* name : named) {
-      char* text = t.text[static_cast<unsigned char>(name[0])];
-      text[0] = '\\';
-      text[1] = name[1];
-      t.size[static_cast<unsigned char>(name[0])] = 2;
-    }
-    return t;
-  }();
   base::reader in(file);
-  encode_file(in, out, 4, [](const unsigned char* p, std::size_t n, char* text) {
-    return base::encode_bytes(codes, p, n, text);
-  });
+  encode_file(in, out, 4, base::c_escape_block);
 }
 
 bool base64(const std::string& file, std::FILE* out) {

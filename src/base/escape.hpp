@@ -1,0 +1,45 @@
+// C-string escaping: the bytes as the body of one C string literal.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "base/text.hpp"
+
+namespace base {
+
+// Escapes n bytes into out, which has room for 4 * n characters, and returns the
+// count of characters written: a backslash and a letter for the named bytes, the
+// byte itself for the rest of 32 to 126, a backslash, x and two digits for every
+// other byte.
+inline std::size_t c_escape_block(const unsigned char* in, std::size_t n, char* out) {
+  static const byte_codes codes = [] {
+    static const char named[][2] = {{'"', '"'},  {'\\', '\\'}, {'\b', 'b'}, {'\f', 'f'},
+                                    {'\n', 'n'}, {'\r', 'r'},   {'\t', 't'}, {'\0', '0'}};
+    byte_codes t;
+    for (int c = 0; c < 256; ++c) {
+      char* text = t.text[c];
+      if (c >= 32 && c <= 126) {
+        text[0] = static_cast<char>(c);
+        t.size[c] = 1;
+      } else {
+        const char code[4] = {'\\', 'x', hex_digits[c >> 4], hex_digits[c & 15]};
+        std::memcpy(text, code, 4);
+        t.size[c] = 4;
+      }
+    }
+    for (const char* name : named) {
+      char* text = t.text[static_cast<unsigned char>(name[0])];
+      text[0] = '\\';
+      text[1] = name[1];
+      t.size[static_cast<unsigned char>(name[0])] = 2;
+    }
+    return t;
+  }();
+  // Text runs long between line feeds: eight printable bytes go out as they are.
+  return encode_bytes(codes, in, n, out, [](uint64_t w) {
+    return !any_below(w, 32) && !any_above_126(w) && !any_equal(w, '"') && !any_equal(w, '\\');
+  });
+}
+
+}  // namespace base
