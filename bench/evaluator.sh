@@ -80,3 +80,22 @@ tool "bc: $lines lines \"x = x + 1; x\"" $lines lines $lines last_line "$tmp/cou
 run "vexa: $lines lines \"x = x + 1\"" $lines lines $lines last_answer "$tmp/count.vexa" "$vexa"
 tool "bc -l: $lines lines \"x = 2 * s(pi / 4) + 1; x\"" $lines lines 2.41421 last_line "$tmp/sin.bc" bc -l
 run "vexa: $lines lines \"x = 2 * sin(pi / 4) + 1\"" $lines lines 2.41421 last_answer "$tmp/sin.vexa" "$vexa"
+
+# Long lines: time and peak memory beside bc, and memory over the line's length.
+echo
+printf '%-40s %8s %9s %8s %9s %7s %12s\n' "one line" "vexa s" "vexa MiB" "bc s" "bc MiB" ratio "MiB per MiB"
+awk 'BEGIN { for (i = 0; i < 1000000; ++i) printf "%s1", i ? "+" : ""; print "" }' >"$tmp/sum"
+awk 'BEGIN { for (i = 0; i < 1000000; ++i) printf "%s1.5*2", i ? "+" : ""; print "" }' >"$tmp/products"
+for line in sum products; do
+  /usr/bin/time -f '%e %M' -o "$tmp/vexa.time" "$vexa" <"$tmp/$line" >/dev/null
+  read -r vexa_s vexa_kib <"$tmp/vexa.time"
+  bc_s=- bc_kib=0 ratio=-
+  if [ $have_bc = 1 ]; then
+    /usr/bin/time -f '%e %M' -o "$tmp/bc.time" bc <"$tmp/$line" >/dev/null
+    read -r bc_s bc_kib <"$tmp/bc.time"
+    ratio=$(awk "BEGIN { printf \"%.2fx\", $vexa_s / $bc_s }")
+  fi
+  printf '%-40s %8s %9.1f %8s %9.1f %7s %12.1f\n' "1,000,000 terms of $(head -c 6 "$tmp/$line")..." "$vexa_s" \
+    "$(awk "BEGIN { print $vexa_kib / 1024 }")" "$bc_s" "$(awk "BEGIN { print $bc_kib / 1024 }")" "$ratio" \
+    "$(awk "BEGIN { print $vexa_kib * 1024 / $(stat -c %s "$tmp/$line") }")"
+done

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
-# Times vexa's file commands on one 256 MiB file against the system's tools and
-# reports each command's median wall time, its peak resident memory, and the
-# ratio of its median to that of the tool it is measured against, with the goal.
+# Times vexa's file commands on 256 MiB files against the system's tools and
+# against cat reading the same file, and reports each command's median wall
+# time, its peak resident memory, and the ratio of its median to that of the
+# tool or of cat, with the goal. The files are random bytes and English text
+# (the project's own documents, repeated).
 #
 # Usage: bench/files.sh [rounds]   (default 7; builds into build-bench/)
 #        bench/files.sh sparse     sha256 of a 20 GiB sparse file under
@@ -53,11 +55,18 @@ rounds=${1:-7}
 head -c 256M /dev/urandom | tr '\0' '\1' >"$tmp/data"
 base64 -w0 "$tmp/data" >"$tmp/data.b64"
 "$vexa" url_encode "$tmp/data" | head -c -1 >"$tmp/data.url"
-cat "$tmp"/data* >/dev/null  # every run reads from the page cache
+while [ "$(stat -c %s "$tmp/text" 2>/dev/null || echo 0)" -lt 268435456 ]; do
+  cat "$root/README.md" "$root/man/vexa.1" "$root"/src/*/*.hpp >>"$tmp/text"
+done
+truncate -s 256M "$tmp/text"
+"$vexa" url_encode "$tmp/text" | head -c -1 >"$tmp/text.url"
+cat "$tmp"/data* "$tmp"/text* >/dev/null  # every run reads from the page cache
 
 # The commands, each a tool or vexa, as LABEL|COMMAND (words split at blanks).
-d=$tmp/data
+d=$tmp/data t=$tmp/text
 commands=(
+  "cat|cat $d" "cat-b64|cat $d.b64" "cat-url|cat $d.url" "cat-text|cat $t" "cat-text-url|cat $t.url"
+  "escape-text|$vexa escape $t" "url_encode-text|$vexa url_encode $t" "url_decode-text|$vexa url_decode $t.url"
   "openssl-sha256|openssl dgst -sha256 $d" "sha256|$vexa sha256 $d" "sha256sum|sha256sum $d"
   "openssl-sha1|openssl dgst -sha1 $d" "sha1|$vexa sha1 $d" "sha1sum|sha1sum $d"
   "md5sum|md5sum $d" "md5|$vexa md5 $d"
@@ -66,9 +75,10 @@ commands=(
 )
 # The vexa rows: LABEL|TOOL|GOAL (the greatest ratio of medians wanted, or -).
 rows=(
-  "sha256|openssl-sha256|1.2" "sha256|sha256sum|-" "sha1|openssl-sha1|1.2" "sha1|sha1sum|-" "md5|md5sum|1.1"
-  "base64|base64-w0|1.2" "unbase64|base64-d|1.2" "escape|base64-w0|1.5" "url_encode|base64-w0|1.5"
-  "url_decode|base64-d|-"
+  "sha256|openssl-sha256|0.95" "sha256|sha256sum|-" "sha1|openssl-sha1|0.95" "sha1|sha1sum|-" "md5|md5sum|1.0"
+  "base64|base64-w0|-" "base64|cat|2.0" "unbase64|base64-d|-" "unbase64|cat-b64|2.5"
+  "escape|cat|5.0" "escape-text|cat-text|2.5" "url_encode|cat|-" "url_encode-text|cat-text|4.0"
+  "url_decode|cat-url|-" "url_decode-text|cat-text-url|4.0"
 )
 
 # What vexa prints, checked once against the tools (escape is left to the tests).
@@ -84,6 +94,8 @@ declare -A verdict
 "$vexa" unbase64 "$d.b64" >"$tmp/out"; verdict[unbase64]=$(check with_line_feed cat "$d")
 "$vexa" url_decode "$d.url" >"$tmp/out"; verdict[url_decode]=$(check with_line_feed cat "$d")
 verdict[url_encode]=${verdict[url_decode]}  # data.url is vexa's encoding, decoded back above
+"$vexa" url_decode "$t.url" >"$tmp/out"; verdict[url_decode-text]=$(check with_line_feed cat "$t")
+verdict[url_encode-text]=${verdict[url_decode-text]}
 
 for ((round = 1; round <= rounds; ++round)); do
   for entry in "${commands[@]}"; do
@@ -92,12 +104,12 @@ for ((round = 1; round <= rounds; ++round)); do
   done
 done
 
-printf '%-14s %8s %9s   %-15s %8s %9s %7s %5s  %s\n' "256 MiB" "median s" "peak MiB" "beside" "median s" "peak MiB" \
+printf '%-16s %8s %9s   %-15s %8s %9s %7s %5s  %s\n' "256 MiB" "median s" "peak MiB" "beside" "median s" "peak MiB" \
   ratio goal output
 for row in "${rows[@]}"; do
   IFS='|' read -r label tool goal <<<"$row"
   mine=$(median "$tmp/$label.wall") theirs=$(median "$tmp/$tool.wall")
-  printf '%-14s %8s %9s   %-15s %8s %9s %6.2fx %5s  %s\n' "$label" "$mine" "$(peak_mib "$tmp/$label.mem")" \
+  printf '%-16s %8s %9s   %-15s %8s %9s %6.2fx %5s  %s\n' "$label" "$mine" "$(peak_mib "$tmp/$label.mem")" \
     "$tool" "$theirs" "$(peak_mib "$tmp/$tool.mem")" "$(awk "BEGIN { print $mine / $theirs }")" "$goal" \
     "${verdict[$label]:--}"
 done
