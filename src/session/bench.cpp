@@ -1,5 +1,6 @@
 #include "session/bench.hpp"
 
+#include <climits>
 #include <cstdio>
 #include <ctime>
 
@@ -7,17 +8,33 @@
 #include "base/random.hpp"
 #include "base/text.hpp"
 
-static std::string chain_step(const std::string& s) { return base::hex(base::sha256(s)); }
+namespace {
+
+// A chain's strings are 64 characters: the random start, then the hex digests.
+constexpr std::size_t chain_string_size = 64;
+// "start:end", as the user joins the two lines bench prints.
+constexpr std::size_t benchmark_string_size = 2 * chain_string_size + 1;
+constexpr double bench_seconds = 10.0;
+// Counts are 32-bit: a chain that never reaches its end gives up here.
+constexpr int most_steps = INT_MAX;
+
+std::string chain_step(const std::string& s) { return base::hex(base::sha256(s)); }
+
+bool is_chain_string(const std::string& s) {
+  return s.size() == chain_string_size && s.find_first_not_of("0123456789abcdef") == std::string::npos;
+}
+
+}  // namespace
 
 void bench() {
-  std::string s = base::randstr(64);
+  std::string s = base::randstr(static_cast<int>(chain_string_size));
   std::puts(s.c_str());
   std::fflush(stdout);
   double start = static_cast<double>(std::time(nullptr)), now = 0.0;
   int count = 0;
   // Steps within the starting second are not counted: the count then covers
   // whole seconds only, from the first change of the clock on.
-  while (now - start < 10.0) {
+  while (now - start < bench_seconds) {
     s = chain_step(s);
     now = static_cast<double>(std::time(nullptr));
     if (now > start) ++count;
@@ -27,22 +44,19 @@ void bench() {
   std::printf("%s hashes per second\n", base::comma(base::num(rate)).c_str());
 }
 
-static bool is_chain_string(const std::string& s) {
-  return s.size() == 64 && s.find_first_not_of("0123456789abcdef") == std::string::npos;
-}
-
 // Every string a chain reaches is 64 lowercase hex digits, so any other end
 // string is refused at once.
-void verify(const std::string& args, int limit) {
-  std::string a = args.size() == 129 ? args.substr(0, 64) : std::string();
-  std::string b = args.size() == 129 ? args.substr(65) : std::string();
-  if (args.size() != 129 || args[64] != ':' || (a != b && !is_chain_string(b))) {
+void verify(const std::string& args) {
+  bool sized = args.size() == benchmark_string_size;
+  std::string a = sized ? args.substr(0, chain_string_size) : std::string();
+  std::string b = sized ? args.substr(chain_string_size + 1) : std::string();
+  if (!sized || args[chain_string_size] != ':' || (a != b && !is_chain_string(b))) {
     std::puts("Invalid benchmark string.");
     return;
   }
   double start = static_cast<double>(std::time(nullptr));
   int count = 0;
-  while (a != b && count < limit) {
+  while (a != b && count < most_steps) {
     a = chain_step(a);
     ++count;
   }
