@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <cstring>
 
+#include "base/cpu.hpp"
 #include "base/text.hpp"
+#include "base/x86/escape.hpp"
 
 namespace base {
 
@@ -36,8 +38,13 @@ inline std::size_t c_escape_block(const unsigned char* in, std::size_t n, char* 
     }
     return t;
   }();
+  char* o = out;
+  std::size_t taken = 0;
+#if defined(VEXA_X86_AVX2_ESCAPE)
+  if (cpu::has(&cpu::features::avx2)) taken = x86::c_escape(in, n, o, codes);
+#endif
   // Text runs long between line feeds: eight printable bytes go out as they are.
-  return encode_bytes(codes, in, n, out, [](uint64_t w) {
+  return static_cast<std::size_t>(o - out) + encode_bytes(codes, in + taken, n - taken, o, [](uint64_t w) {
     return !any_below(w, 32) && !any_above_126(w) && !any_equal(w, '"') && !any_equal(w, '\\');
   });
 }

@@ -123,8 +123,9 @@ TEST(Base, VectorCodingsMatchPortable) {
     }
 }
 
-// Eight bytes pass whole only when none needs an escape: each byte value at each
-// place of a word.
+// Runs of printable bytes pass whole only when no byte in them needs an escape:
+// each byte value at each place of a 40-byte text, which spans the eight-byte
+// words of the portable code and the 32-byte steps of the vector one.
 TEST(Base, EscapeEveryByteAtEveryPlace) {
   auto code = [](int c) -> std::string {
     const char* named = std::strchr("\"\"\\\\\bb\ff\nn\rr\tt", c);
@@ -133,14 +134,18 @@ TEST(Base, EscapeEveryByteAtEveryPlace) {
     if (c >= 32 && c <= 126) return std::string(1, char(c));
     return "\\x" + base::hex(std::string(1, char(c)));
   };
-  for (int c = 0; c < 256; ++c)
-    for (size_t place = 0; place < 16; ++place) {
-      std::string input(16, 'a');
-      input[place] = char(c);
-      std::string out(64, '\0');
-      out.resize(base::c_escape_block(reinterpret_cast<const unsigned char*>(input.data()), 16, &out[0]));
-      EXPECT_EQ(out, std::string(place, 'a') + code(c) + std::string(15 - place, 'a')) << c << " at " << place;
-    }
+  for (bool portable : {true, false}) {
+    base::cpu::portable_only = portable;
+    for (int c = 0; c < 256; ++c)
+      for (size_t place = 0; place < 40; ++place) {
+        std::string input(40, 'a');
+        input[place] = char(c);
+        std::string out(160, '\0');
+        out.resize(base::c_escape_block(reinterpret_cast<const unsigned char*>(input.data()), 40, &out[0]));
+        EXPECT_EQ(out, std::string(place, 'a') + code(c) + std::string(39 - place, 'a')) << c << " at " << place;
+      }
+  }
+  base::cpu::portable_only = false;
 }
 
 // Lines come with their line feed, numbered from 1, each with the offset of its
