@@ -7,7 +7,9 @@
 #include <cstdint>
 #include <string>
 
+#include "base/cpu.hpp"
 #include "base/text.hpp"
+#include "base/x86/url.hpp"
 
 namespace base {
 
@@ -66,6 +68,9 @@ inline std::size_t url_decode_block(const unsigned char* in, std::size_t n, bool
   }();
   char* o = out;
   std::size_t i = 0;
+#if defined(VEXA_X86_AVX2_URL)
+  if (!plus_to_space && cpu::has(&cpu::features::avx2)) i = x86::url_decode(in, n, o, digit.data());
+#endif
   while (i < n) {
     unsigned char c = in[i];
     if (c == '%') {

@@ -113,6 +113,15 @@ TEST(Base, VectorCodingsMatchPortable) {
       auto [vector, portable] = both(encode, bytes.substr(offset, n));
       EXPECT_EQ(vector, portable) << n << " bytes at " << offset;
     }
+  // URL text with an escape, whole or cut by the end, at each place around 32 bytes.
+  auto decode_url = [](const std::string& t) { return base::url_decode(t, false); };
+  for (size_t n = 30; n <= 70; ++n)
+    for (size_t at = 0; at < n; ++at) {
+      std::string t = bytes.substr(0, n);
+      t.replace(at, 3, "%4a");
+      auto [vector, portable] = both(decode_url, t.substr(0, n));
+      EXPECT_EQ(vector, portable) << "% at " << at << " of " << n;
+    }
   const std::string text = base::base64(bytes).substr(0, 256);
   for (size_t at = 0; at < 130; ++at)
     for (char odd : {'=', '~', '\x80'}) {
