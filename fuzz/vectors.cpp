@@ -1,4 +1,4 @@
-// The vector codings, escaping and URL decoding against the portable ones, at any length and offset: the
+// The vector codings, escaping and URL coding against the portable ones, at any length and offset: the
 // first byte picks the offset into the rest, the rest is both the bytes to
 // encode and the text to decode.
 #include <cstdint>
@@ -28,6 +28,12 @@ std::string escaped(const unsigned char* p, size_t n, bool portable) {
   return text;
 }
 
+std::string url_encoded(const unsigned char* p, size_t n, bool portable) {
+  base::cpu::portable_only = portable;
+  std::string text(reinterpret_cast<const char*>(p), n);
+  return base::url_encode(text, false) + base::url_encode(text, true);
+}
+
 std::string url_decoded(const unsigned char* p, size_t n, bool portable) {
   base::cpu::portable_only = portable;
   return base::url_decode(std::string(reinterpret_cast<const char*>(p), n), false);
@@ -51,6 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (encoded(p, n, false) != encoded(p, n, true)) std::abort();
   if (decoded(p, n, false) != decoded(p, n, true)) std::abort();
   if (escaped(p, n, false) != escaped(p, n, true)) std::abort();
+  if (url_encoded(p, n, false) != url_encoded(p, n, true)) std::abort();
   if (url_decoded(p, n, false) != url_decoded(p, n, true)) std::abort();
   // Text of the alphabet, where the vector decoders do the work, with a byte of
   // the input's own put in at one place, which sends that piece to the portable code.

@@ -40,8 +40,8 @@ inline std::size_t c_escape_block(const unsigned char* in, std::size_t n, char* 
   }();
   char* o = out;
   std::size_t taken = 0;
-#if defined(VEXA_X86_AVX2_ESCAPE)
-  if (cpu::has(&cpu::features::avx2)) taken = x86::c_escape(in, n, o, codes);
+#if defined(VEXA_X86_AVX2_RUNS)
+  if (cpu::has(&cpu::features::avx2)) taken = x86::encode_runs(in, n, o, codes, x86::c_escaped());
 #endif
   // Text runs long between line feeds: eight printable bytes go out as they are.
   return static_cast<std::size_t>(o - out) + encode_bytes(codes, in + taken, n - taken, o, [](uint64_t w) {

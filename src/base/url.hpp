@@ -48,8 +48,25 @@ inline std::size_t url_encode_block(const unsigned char* in, std::size_t n, bool
       }
     return t;
   }();
+  char* o = out;
+  std::size_t taken = 0;
+#if defined(VEXA_X86_AVX2_RUNS)
+  // Bit h of row l tells whether byte 16 * h + l is kept, under either flag.
+  static const std::array<std::array<uint8_t, 16>, 2> kept_rows = [] {
+    std::array<std::array<uint8_t, 16>, 2> t{};
+    for (int flag = 0; flag < 2; ++flag)
+      for (int c = 0; c < 128; ++c)
+        if (codes[flag].size[c] == 1) t[flag][c & 15] = static_cast<uint8_t>(t[flag][c & 15] | 1 << (c >> 4));
+    return t;
+  }();
+  if (cpu::has(&cpu::features::avx2)) {
+    x86::url_escaped escaped{_mm_loadu_si128(reinterpret_cast<const __m128i*>(kept_rows[escape_reserved].data()))};
+    taken = x86::encode_runs(in, n, o, codes[escape_reserved], escaped);
+  }
+#endif
   // Spaces come every few bytes in text, so eight unchanged bytes are too rare to test for.
-  return encode_bytes(codes[escape_reserved], in, n, out, [](uint64_t) { return false; });
+  return static_cast<std::size_t>(o - out) +
+         encode_bytes(codes[escape_reserved], in + taken, n - taken, o, [](uint64_t) { return false; });
 }
 
 // Decodes n bytes into out, which has room for n bytes, and returns the count of
@@ -68,7 +85,7 @@ inline std::size_t url_decode_block(const unsigned char* in, std::size_t n, bool
   }();
   char* o = out;
   std::size_t i = 0;
-#if defined(VEXA_X86_AVX2_URL)
+#if defined(VEXA_X86_AVX2_RUNS)
   if (!plus_to_space && cpu::has(&cpu::features::avx2)) i = x86::url_decode(in, n, o, digit.data());
 #endif
   while (i < n) {

@@ -122,6 +122,18 @@ TEST(Base, VectorCodingsMatchPortable) {
       auto [vector, portable] = both(decode_url, t.substr(0, n));
       EXPECT_EQ(vector, portable) << "% at " << at << " of " << n;
     }
+  // Text with a few changed bytes in each 32, and bytes with many.
+  auto encoders = [](const std::string& t) {
+    std::string escaped(4 * t.size(), '\0');
+    escaped.resize(base::c_escape_block(reinterpret_cast<const unsigned char*>(t.data()), t.size(), &escaped[0]));
+    return base::url_encode(t, false) + "|" + base::url_encode(t, true) + "|" + escaped;
+  };
+  std::string words = "The \"quick\" fox?\tjumps (over) 1+1=2 & the lazy dog.\n";
+  for (const std::string& input : {words + words + words + words, bytes})
+    for (size_t n = 60; n <= 200; ++n) {
+      auto [vector, portable] = both(encoders, input.substr(0, n));
+      EXPECT_EQ(vector, portable) << n << " bytes";
+    }
   const std::string text = base::base64(bytes).substr(0, 256);
   for (size_t at = 0; at < 130; ++at)
     for (char odd : {'=', '~', '\x80'}) {
@@ -132,10 +144,10 @@ TEST(Base, VectorCodingsMatchPortable) {
     }
 }
 
-// Runs of printable bytes pass whole only when no byte in them needs an escape:
-// each byte value at each place of a 40-byte text, which spans the eight-byte
-// words of the portable code and the 32-byte steps of the vector one.
-TEST(Base, EscapeEveryByteAtEveryPlace) {
+// Runs of unchanged bytes pass whole only when no byte in them changes: each byte
+// value at each place of a 100-byte text, which spans the eight-byte words of
+// the portable code and the 32-byte steps of the vector one.
+TEST(Base, EncodersEveryByteAtEveryPlace) {
   auto code = [](int c) -> std::string {
     const char* named = std::strchr("\"\"\\\\\bb\ff\nn\rr\tt", c);
     if (c == 0) return "\\0";
@@ -146,12 +158,15 @@ TEST(Base, EscapeEveryByteAtEveryPlace) {
   for (bool portable : {true, false}) {
     base::cpu::portable_only = portable;
     for (int c = 0; c < 256; ++c)
-      for (size_t place = 0; place < 40; ++place) {
-        std::string input(40, 'a');
+      for (size_t place = 0; place < 100; ++place) {
+        std::string input(100, 'a');
         input[place] = char(c);
-        std::string out(160, '\0');
-        out.resize(base::c_escape_block(reinterpret_cast<const unsigned char*>(input.data()), 40, &out[0]));
-        EXPECT_EQ(out, std::string(place, 'a') + code(c) + std::string(39 - place, 'a')) << c << " at " << place;
+        std::string out(400, '\0');
+        out.resize(base::c_escape_block(reinterpret_cast<const unsigned char*>(input.data()), 100, &out[0]));
+        EXPECT_EQ(out, std::string(place, 'a') + code(c) + std::string(99 - place, 'a')) << c << " at " << place;
+        for (bool reserved : {false, true})
+          EXPECT_EQ(base::url_encode(input, reserved), std::string(place, 'a') +
+                    base::url_encode(std::string(1, char(c)), reserved) + std::string(99 - place, 'a')) << c;
       }
   }
   base::cpu::portable_only = false;

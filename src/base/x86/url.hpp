@@ -1,21 +1,34 @@
-// URL decoding with AVX2, for CPUs that have it (base::cpu tells): 32 bytes are
-// searched for "%" at once, and the run before it is copied whole.
+// URL coding with AVX2, for CPUs that have it (base::cpu tells): 32 bytes are
+// tested at once, and the runs between escapes are copied whole.
 #pragma once
 
-#if defined(__x86_64__) && defined(__GNUC__)
-#define VEXA_X86_AVX2_URL 1
-#include <immintrin.h>
+#include "base/x86/runs.hpp"
 
-#include <cstddef>
-#include <cstdint>
-
+#if defined(VEXA_X86_AVX2_RUNS)
 namespace base::x86 {
+
+// The mask of the bytes that url_encode escapes. Bit h of byte l of kept_rows
+// tells whether the byte 16 * h + l is kept; bytes from 128 up are never kept.
+struct url_escaped {
+  __m128i kept_rows;
+
+  __attribute__((target("avx2"))) uint32_t operator()(__m256i c) const {
+    const __m256i low = _mm256_set1_epi8(15);
+    __m256i rows = _mm256_broadcastsi128_si256(kept_rows);
+    __m256i bit = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,
+                                   1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
+    __m256i row = _mm256_shuffle_epi8(rows, _mm256_and_si256(c, low));
+    __m256i mine = _mm256_shuffle_epi8(bit, _mm256_and_si256(_mm256_srli_epi16(c, 4), low));
+    __m256i kept = _mm256_and_si256(row, mine);
+    return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(kept, _mm256_setzero_si256())));
+  }
+};
 
 // Decodes while 32 bytes remain and every escape met is whole; returns the count
 // of bytes taken and moves `out` past the bytes written. `digit` is the value of
 // each byte as an escape digit; "+" is left as it is.
-__attribute__((target("avx2,bmi"))) inline std::size_t url_decode(const unsigned char* in, std::size_t n, char*& out,
-                                                                 const uint8_t* digit) {
+__attribute__((target("avx2"))) inline std::size_t url_decode(const unsigned char* in, std::size_t n, char*& out,
+                                                             const uint8_t* digit) {
   std::size_t i = 0;
   char* o = out;
   while (i + 32 <= n) {
