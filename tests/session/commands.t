@@ -118,12 +118,14 @@ wait in a temporary file (here a file-size limit), they wait in memory.
   1500001
 
 A line too long for the memory there is fails, whether it is too long to read
-or to evaluate, and the session goes on. (Builds with sanitizers or under an
-emulator cannot run within an address-space limit: they show the answer alone.)
+or to evaluate, or its command has no room for its output, and the session
+goes on. (Builds with sanitizers or under an emulator cannot run within an
+address-space limit: they show the answer alone.)
 
-  $ limited() { if [ "$VEXA_LIMITS" = no ]; then printf '| Out of memory\n| Out of memory\n| ans = 2\n| \n'; else (ulimit -v 100000; "$@"); fi; }
-  $ lines() { head -c 150000000 /dev/zero | tr '\0' 1; echo; head -c 20000000 /dev/zero | tr '\0' 1 | sed 's/11/1+/g'; printf '1\n1+1\n'; }
+  $ limited() { if [ "$VEXA_LIMITS" = no ]; then printf '| Out of memory\n| Out of memory\n| Out of memory\n| ans = 2\n| \n'; else (ulimit -v 100000; "$@"); fi; }
+  $ lines() { head -c 150000000 /dev/zero | tr '\0' 1; echo; head -c 20000000 /dev/zero | tr '\0' 1 | sed 's/11/1+/g'; printf "1\nurl_encode %30000000s\n1+1\n"; }
   $ limited bash -c "$(declare -f lines r); vexa() { \"\$VEXA\"; }; lines | r"
+  | Out of memory
   | Out of memory
   | Out of memory
   | ans = 2
