@@ -113,15 +113,20 @@ TEST(Base, VectorCodingsMatchPortable) {
       auto [vector, portable] = both(encode, bytes.substr(offset, n));
       EXPECT_EQ(vector, portable) << n << " bytes at " << offset;
     }
-  // URL text with an escape, whole or cut by the end, at each place around 32 bytes.
+  // URL text with an escape (or "%" as an escape's digit), whole or cut by the
+  // end, at each place of the 32-byte steps; and text all escapes.
   auto decode_url = [](const std::string& t) { return base::url_decode(t, false); };
-  for (size_t n = 30; n <= 70; ++n)
+  for (size_t n = 60; n <= 100; ++n)
     for (size_t at = 0; at < n; ++at) {
       std::string t = bytes.substr(0, n);
-      t.replace(at, 3, "%4a");
+      t.replace(at, 4, at % 2 ? "%4a%" : "%%4a");
       auto [vector, portable] = both(decode_url, t.substr(0, n));
       EXPECT_EQ(vector, portable) << "% at " << at << " of " << n;
     }
+  for (size_t n = 60; n <= 200; ++n) {
+    auto [vector, portable] = both(decode_url, base::url_encode(bytes, true).substr(0, n));
+    EXPECT_EQ(vector, portable) << n << " bytes of escapes";
+  }
   // Text with a few changed bytes in each 32, and bytes with many.
   auto encoders = [](const std::string& t) {
     std::string escaped(4 * t.size(), '\0');

@@ -24,24 +24,43 @@ struct url_escaped {
   }
 };
 
-// Decodes while 32 bytes remain and every escape met is whole; returns the count
-// of bytes taken and moves `out` past the bytes written. `digit` is the value of
-// each byte as an escape digit; "+" is left as it is.
+// Decodes while 64 bytes remain (a run is copied 32 bytes at a time from where
+// it starts); returns the count of bytes taken and moves `out` past the bytes
+// written. `digit` is the value of each byte as an escape digit; "+" is left as
+// it is. `out` has room for a byte a byte, so the whole stores stay inside it.
 __attribute__((target("avx2"))) inline std::size_t url_decode(const unsigned char* in, std::size_t n, char*& out,
                                                              const uint8_t* digit) {
   std::size_t i = 0;
   char* o = out;
-  while (i + 32 <= n) {
+  while (i + 64 <= n) {
     __m256i c = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
-    unsigned mask = static_cast<unsigned>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(c, _mm256_set1_epi8('%'))));
-    // The store is whole; the bytes past the run are written over next.
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), c);
-    unsigned run = mask ? static_cast<unsigned>(__builtin_ctz(mask)) : 32;
-    o += run, i += run;
-    if (!mask) continue;
-    if (i + 2 >= n) break;  // an escape cut by the end: the portable code knows what to do
-    *o++ = static_cast<char>(digit[in[i + 1]] * 16 + digit[in[i + 2]]);
-    i += 3;
+    uint32_t mask = static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(c, _mm256_set1_epi8('%'))));
+    std::size_t end = i + 32;
+    if (__builtin_popcount(mask) > 6) {  // escapes close together: byte by byte
+      while (i < end) {
+        if (in[i] == '%') {
+          *o++ = static_cast<char>(digit[in[i + 1]] * 16 + digit[in[i + 2]]);
+          i += 3;
+        } else {
+          *o++ = static_cast<char>(in[i++]);
+        }
+      }
+      continue;
+    }
+    unsigned from = 0;
+    while (mask) {
+      unsigned at = static_cast<unsigned>(__builtin_ctz(mask));
+      copy32(o, in + i + from);
+      o += at - from;
+      *o++ = static_cast<char>(digit[in[i + at + 1]] * 16 + digit[in[i + at + 2]]);
+      from = at + 3;
+      mask &= at < 29 ? ~0u << from : 0;  // a "%" among the digits is a digit
+    }
+    if (from < 32) {
+      copy32(o, in + i + from);
+      o += 32 - from;
+    }
+    i += from > 32 ? from : 32;
   }
   out = o;
   return i;
