@@ -97,6 +97,11 @@ verdict[url_encode]=${verdict[url_decode]}  # data.url is vexa's encoding, decod
 "$vexa" url_decode "$t.url" >"$tmp/out"; verdict[url_decode-text]=$(check with_line_feed cat "$t")
 verdict[url_encode-text]=${verdict[url_decode-text]}
 
+# unbase64 writes what it decodes to a temporary file: the disk must not be busy
+# writing back the gigabyte of files made above while it does.
+rm -f "$tmp/out"
+sync
+
 for ((round = 1; round <= rounds; ++round)); do
   for entry in "${commands[@]}"; do
     read -r -a words <<<"${entry#*|}"
