@@ -60,13 +60,12 @@ inline std::size_t url_encode_block(const unsigned char* in, std::size_t n, bool
     return t;
   }();
   if (cpu::has(&cpu::features::avx2)) {
-    x86::url_escaped escaped{_mm_loadu_si128(reinterpret_cast<const __m128i*>(kept_rows[escape_reserved].data()))};
-    taken = x86::encode_runs(in, n, o, codes[escape_reserved], escaped);
+    taken = x86::encode_runs(in, n, o, codes[escape_reserved], x86::url_escaped(kept_rows[escape_reserved].data()));
   }
 #endif
   // Spaces come every few bytes in text, so eight unchanged bytes are too rare to test for.
   return static_cast<std::size_t>(o - out) +
-         encode_bytes(codes[escape_reserved], in + taken, n - taken, o, [](uint64_t) { return false; });
+         encode_bytes(codes[escape_reserved], in + taken, n - taken, o, never_unchanged);
 }
 
 // Decodes n bytes into out, which has room for n bytes, and returns the count of

@@ -16,6 +16,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 #include "base/file.hpp"
@@ -140,14 +141,14 @@ static void restore_then_end(int signal_number) {
 struct editing_mode {
   termios editing = {};
   bool have_saved = tcgetattr(0, &saved_settings) == 0;
-  struct sigaction previous[4];
+  struct sigaction previous[std::size(ending_signals)];
 
   editing_mode() {
     editing.c_cflag = CS8;
     editing.c_cc[VMIN] = 1;
     struct sigaction action = {};
     action.sa_handler = restore_then_end;
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < std::size(ending_signals); ++i) {
       sigaction(ending_signals[i], nullptr, &previous[i]);
       if (previous[i].sa_handler != SIG_IGN) sigaction(ending_signals[i], &action, nullptr);
     }
@@ -155,7 +156,7 @@ struct editing_mode {
   }
   ~editing_mode() {
     leave();
-    for (int i = 0; i < 4; ++i) sigaction(ending_signals[i], &previous[i], nullptr);
+    for (std::size_t i = 0; i < std::size(ending_signals); ++i) sigaction(ending_signals[i], &previous[i], nullptr);
   }
   editing_mode(const editing_mode&) = delete;
   editing_mode& operator=(const editing_mode&) = delete;

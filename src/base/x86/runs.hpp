@@ -37,7 +37,7 @@ __attribute__((target("avx2"))) inline std::size_t encode_runs(const unsigned ch
       _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), bytes);
       o += 32;
     } else if (__builtin_popcount(mask) > 8) {  // as in binary data: every byte through the table
-      o += encode_bytes(codes, in + i, 32, o, [](uint64_t) { return false; });
+      o += encode_bytes(codes, in + i, 32, o, never_unchanged);
     } else {
       unsigned from = 0;
       for (; mask; mask &= mask - 1) {

@@ -10,6 +10,7 @@ namespace base::x86 {
 // The mask of the bytes that url_encode escapes. Bit h of byte l of kept_rows
 // tells whether the byte 16 * h + l is kept; bytes from 128 up are never kept.
 struct url_escaped {
+  explicit url_escaped(const uint8_t* rows) : kept_rows(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rows))) {}
   __m128i kept_rows;
 
   __attribute__((target("avx2"))) uint32_t operator()(__m256i c) const {
