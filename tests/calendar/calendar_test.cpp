@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <random>
 #include <string>
 
@@ -20,37 +20,34 @@ TEST(Calendar, Patterns) {
       {0, 0, "", ""}, {0, 0, "%5%y%\x80", "70"}, {0, 3600, "%X", "01:00:00"}, {0, -1, "%X", "23:59:59"},
       {INFINITY, 0, "%Y", "inf"}, {-INFINITY, 0, "", "-inf"}, {NAN, 0, "%Y", "nan"},
       {1e300, 0, "%Y", "out of range"}, {-1e300, 0, "%Y", "out of range"},
+      // The ends of the 32-bit years.
+      {67767976233532792.0, 0, "%Y-%m-%d %X %w", "2147483647-12-31 23:59:52 2"},
+      {67767976233532800.0, 0, "%Y", "out of range"},
+      {-67768100567971200.0, 0, "%Y-%m-%d %X %w", "-2147483648-01-01 00:00:00 2"},
+      {-67768100567971208.0, 0, "%Y", "out of range"},
   };
   for (const auto& c : cases)
     EXPECT_EQ((calendar{c.seconds}.format(c.pattern, c.offset)), c.text) << c.seconds << c.pattern;
 }
 
-// The proleptic Gregorian date of a day count by whole 400-year eras, as an
-// independent reference; years beyond 32 bits are out of range.
+// The C library's date of the same second, as an independent reference for
+// the years its broken-down time can hold.
 std::string reference(double t) {
-  long long s = std::floor(t), days = (s >= 0 ? s : s - 86399) / 86400, z = days + 719468;
-  long long era = (z >= 0 ? z : z - 146096) / 146097, doe = z - era * 146097;
-  long long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-  long long doy = doe - (365 * yoe + yoe / 4 - yoe / 100), mp = (5 * doy + 2) / 153;
-  long long month = mp < 10 ? mp + 3 : mp - 9, year = yoe + era * 400 + (month <= 2);
-  if (year < INT32_MIN || year > INT32_MAX) return "out of range";
-  long long second = s - days * 86400;
+  time_t s = static_cast<time_t>(std::floor(t));
+  struct tm tm;
+  if (!gmtime_r(&s, &tm)) return "out of range";
   char buf[128];
-  std::snprintf(buf, sizeof buf, "%lld-%02lld-%02lld %02lld:%02lld:%02lld %lld", year, month,
-                doy - (153 * mp + 2) / 5 + 1, second / 3600, second / 60 % 60, second % 60,
-                ((days + 4) % 7 + 7) % 7);
+  std::snprintf(buf, sizeof buf, "%lld-%02d-%02d %02d:%02d:%02d %d", tm.tm_year + 1900LL, tm.tm_mon + 1,
+                tm.tm_mday, tm.tm_hour, tm.tm_min, tm.tm_sec, tm.tm_wday);
   return buf;
 }
 
 // Whole 400-year cycles are skipped rather than walked: days on either side of
-// each skip's threshold, random times, and the ends of the 32-bit years.
+// each skip's threshold, and random times.
 TEST(Calendar, DatesMatchTheReference) {
   auto check = [](double t) {
     EXPECT_EQ(calendar{t}.format("%Y-%m-%d %H:%M:%S %w", 0), reference(t)) << std::fixed << t;
   };
-  for (double t : {67767976233532792.0, 67767976233532800.0, -67768100567971200.0,
-                   -67768100567971208.0})
-    check(t);
   for (double days : {365, 366, 367, 146462, 146463, 292559, 292560, 730485366, 730485367})
     for (double t : {days * 86400, days * 86400 + 86399.5, -days * 86400, -days * 86400 - 0.5})
       check(t);
