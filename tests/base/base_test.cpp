@@ -41,12 +41,9 @@ TEST(Base, Digests) {
   // The first eight hex digits of MD5, SHA-1 and SHA-256 at the lengths around
   // the padding's boundaries, which pad to one, two or three blocks.
   const std::pair<int, const char*> prefixes[] = {
-      {0, "d41d8cd9 da39a3ee e3b0c442"},   {1, "13c8ffd9 067d5096 e7cf46a0"},
-      {55, "7bd78d59 9a809bb9 05ae991b"},  {56, "f2590f38 186812f7 b5b34d66"},
-      {57, "e5e35d02 b60e9146 9a28753f"},  {63, "d2fb5cb5 240e6779 7735a0dd"},
-      {64, "d6abf7dc 3cb88f18 a8afe62e"},  {65, "916f76dc d72224fd d38417d6"},
-      {119, "209cf522 0460506e 1c06c330"}, {120, "4c03b916 61ebeb86 e3354715"},
-      {128, "1b8a718b 91b29881 81debb1d"}, {130, "a165ecba 65e750f2 67d3fc46"},
+      {0, "d41d8cd9 da39a3ee e3b0c442"},   {55, "7bd78d59 9a809bb9 05ae991b"}, {56, "f2590f38 186812f7 b5b34d66"},
+      {64, "d6abf7dc 3cb88f18 a8afe62e"},  {119, "209cf522 0460506e 1c06c330"},
+      {120, "4c03b916 61ebeb86 e3354715"}, {130, "a165ecba 65e750f2 67d3fc46"},
   };
   const std::string million(1000000, 'a');
   for (bool portable : {true, false}) {

@@ -77,11 +77,6 @@ ten-second benchmark prints.
   $ tr -d ',~' < verified | awk '{ n = n ? n : $3; s = s ? s : $6 } END { print $1 == int(n / s) }'
   1
 
-The file commands read a pipe to its end (as the README's examples show too).
-
-  $ printf 'a"\0\n\377' | vexa escape /dev/stdin
-  a\"\0\n\xff
-
 Nothing lost, nothing hanging. A FIFO waits for its writer, however late, and
 its bytes are read, formula files too; so does a file under a write lease,
 until its holder lets go.
