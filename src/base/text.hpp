@@ -73,15 +73,15 @@ struct byte_codes {
   uint8_t size[256];
 };
 
+// The word test of encode_bytes for bytes where eight unchanged in a row are rare.
+inline bool never_unchanged(uint64_t) { return false; }
+
 // Writes the codes of n bytes into out, which has room for 4 * n characters, and
 // returns the count of characters written. Every code is stored as four
 // characters and the next one starts after its size, so a byte costs one store
 // whatever its code. Eight bytes at a time for which unchanged(word) holds are
 // copied whole. Taking them into a local first spares a reload of each after the
 // store, which might have changed it for all the compiler knows.
-// Tests no word at once: for bytes where eight unchanged in a row are rare.
-inline bool never_unchanged(uint64_t) { return false; }
-
 template <class Unchanged>
 std::size_t encode_bytes(const byte_codes& codes, const unsigned char* in, std::size_t n, char* out,
                          Unchanged unchanged) {
