@@ -48,29 +48,22 @@ std::string bytes_of(std::size_t n, unsigned seed) {
   return bytes;
 }
 
-TEST(Streams, EncodersAndDigestsMatchTheWholeStringFunctions) {
+TEST(Streams, MatchTheWholeStringFunctions) {
   // The digest commands as stream_fn: they always open, even nothing.
   stream_fn md5 = [](const std::string& file, std::FILE* out) { streams::md5(file, out); return true; };
   stream_fn sha1 = [](const std::string& file, std::FILE* out) { streams::sha1(file, out); return true; };
   stream_fn sha256 = [](const std::string& file, std::FILE* out) { streams::sha256(file, out); return true; };
+  const std::string warning = std::string(base::base64_length_warning) + "\n";
   for (bool pipe : {false, true})
     for (std::size_t n : sizes) {
-      std::string input = bytes_of(n, 7);
-      std::string where = (pipe ? "pipe of " : "file of ") + std::to_string(n) + " bytes";
+      std::string input = bytes_of(n, 7), where = (pipe ? "pipe of " : "file of ") + std::to_string(n) + " bytes";
       EXPECT_EQ(streamed(md5, input, pipe), base::hex(base::md5(input)) + "\n") << where;
       EXPECT_EQ(streamed(sha1, input, pipe), base::hex(base::sha1(input)) + "\n") << where;
       EXPECT_EQ(streamed(sha256, input, pipe), base::hex(base::sha256(input)) + "\n") << where;
       EXPECT_EQ(streamed(streams::base64, input, pipe), base::base64(input) + "\n") << where;
       EXPECT_EQ(streamed(streams::url_encode, input, pipe), base::url_encode(input, false) + "\n") << where;
-    }
-}
-
-// Base64 text of every size around the blocks, some with a zero byte early or
-// late (which ends the text) and decoded zero bytes (which end what is printed).
-TEST(Streams, Unbase64MatchesTheWholeStringFunction) {
-  const std::string warning = std::string(base::base64_length_warning) + "\n";
-  for (bool pipe : {false, true})
-    for (std::size_t n : sizes)
+      // Base64 text with a zero byte early or late (which ends the text) and
+      // decoded zero bytes (which end what is printed).
       for (std::size_t zero : {std::size_t(0), std::size_t(6), B + 3, 3 * B}) {
         std::string bytes = bytes_of(n, 1) + "x";  // "x": a tail of any length
         for (char& c : bytes) c = c == 0 ? 'z' : c;
@@ -81,24 +74,19 @@ TEST(Streams, Unbase64MatchesTheWholeStringFunction) {
         if (zero != 0 && zero < n) text[zero] = '\0';
         std::size_t end = text.find('\0') == std::string::npos ? n : text.find('\0');
         std::string expected = (end % 4 ? warning : "") + puts_of(base::unbase64(text.substr(0, end / 4 * 4)));
-        EXPECT_EQ(streamed(streams::unbase64, text, pipe), expected)
-            << (pipe ? "pipe of " : "file of ") << n << " bytes, zero at " << zero;
+        EXPECT_EQ(streamed(streams::unbase64, text, pipe), expected) << where << ", zero at " << zero;
       }
-}
-
-// An escape cut by a block's end decodes as in one piece, and one too short at
-// the very end stays as it is.
-TEST(Streams, UrlDecodeMatchesTheWholeStringFunction) {
-  for (bool pipe : {false, true})
-    for (std::size_t n : sizes)
+      // An escape cut by a block's end decodes as in one piece, and one too short
+      // at the very end stays as it is.
       for (std::size_t percent : {B - 3, B - 2, B - 1, n - 2, n - 1}) {
         std::string text = base::url_encode(bytes_of(n, 3), false).substr(0, n);
         for (char& c : text) c = c == '%' || c == 0 ? 'z' : c;
         for (std::size_t at = percent; at < n && at < percent + 3; ++at) text[at] = "%4a"[at - percent];
         if (n > 40) text[n - 20] = '\0';  // a zero byte late ends what is printed
         EXPECT_EQ(streamed(streams::url_decode, text, pipe), puts_of(base::url_decode(text, false)))
-            << (pipe ? "pipe of " : "file of ") << n << " bytes, % at " << percent;
+            << where << ", % at " << percent;
       }
+    }
 }
 
 }  // namespace
