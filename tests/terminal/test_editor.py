@@ -42,19 +42,16 @@ def shell(slave, out, events):
         os.setsid()
         fcntl.ioctl(slave, termios.TIOCSCTTY, 0)
         signal.signal(signal.SIGHUP, signal.SIG_IGN)  # the shell outlives a hangup
-        go_r, go_w = os.pipe()
         pid = os.fork()
-        if pid == 0:
+        if pid == 0:  # a group of its own that takes the terminal, as a shell's foreground job
             os.setpgid(0, 0)
-            os.read(go_r, 1)  # wait until our group owns the terminal
-            for sig in (signal.SIGHUP, signal.SIGINT):  # a background job starts with SIGINT ignored
+            signal.signal(signal.SIGTTOU, signal.SIG_IGN)  # else taking it from the background stops us
+            os.tcsetpgrp(slave, os.getpid())
+            for sig in (signal.SIGHUP, signal.SIGINT, signal.SIGTTOU):
                 signal.signal(sig, signal.SIG_DFL)
             for fd, to in ((0, slave), (1, out), (2, slave)):
                 os.dup2(to, fd)
             os.execv(VEXA, [VEXA])
-        os.setpgid(pid, pid)
-        os.tcsetpgrp(slave, pid)
-        os.write(go_w, b"g")
         os.write(events, b"pid %d\n" % pid)
         _, status = os.waitpid(pid, os.WUNTRACED)
         while os.WIFSTOPPED(status):
