@@ -14,6 +14,7 @@ namespace base::cpu {
 struct features {
   bool x86_sha = false;   // the SHA extensions, with SSE4.1
   bool avx2 = false;
+  bool avx512_vbmi2 = false;  // AVX-512 with its byte permutes (BW, VBMI) and byte compress (VBMI2)
   bool arm_sha1 = false;  // the ARMv8 cryptography instructions
   bool arm_sha2 = false;
   bool neon = false;      // Advanced SIMD, on every little-endian arm64
@@ -27,6 +28,8 @@ inline features probe() {
   f.x86_sha = __get_cpuid(1, &a, &b, &c, &d) && (c & bit_SSE4_1) && __get_cpuid_count(7, 0, &a, &b, &c, &d) &&
               (b & bit_SHA);
   f.avx2 = __builtin_cpu_supports("avx2");  // which also asks whether the kernel saves the registers
+  f.avx512_vbmi2 = __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi") &&
+                   __builtin_cpu_supports("avx512vbmi2") && __builtin_cpu_supports("popcnt");
 #elif defined(__aarch64__) && defined(__linux__)
   unsigned long hwcap = getauxval(AT_HWCAP);
   f.arm_sha1 = hwcap & HWCAP_SHA1;
@@ -39,10 +42,14 @@ inline features probe() {
 // When set, every path runs the portable code, as on a machine without extras.
 inline bool portable_only = false;
 
+// Features set here are treated as missing, so that tests and benchmarks can run
+// the paths a CPU without them takes.
+inline features withheld;
+
 // Whether a path may use `feature`, e.g. has(&features::avx2).
 inline bool has(bool features::*feature) {
   static const features detected = probe();
-  return !portable_only && detected.*feature;
+  return !portable_only && detected.*feature && !(withheld.*feature);
 }
 
 }  // namespace base::cpu

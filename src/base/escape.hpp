@@ -1,6 +1,7 @@
 // C-string escaping: the bytes as the body of one C string literal.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -41,7 +42,14 @@ inline std::size_t c_escape_block(const unsigned char* in, std::size_t n, char* 
   char* o = out;
   std::size_t taken = 0;
 #if defined(VEXA_X86_AVX2_RUNS)
-  if (cpu::has(&cpu::features::avx2)) taken = x86::encode_runs(in, n, o, codes, x86::c_escaped());
+  static const std::array<uint8_t, 128> letters = [] {
+    std::array<uint8_t, 128> t{};
+    for (int c = 0; c < 128; ++c)
+      if (codes.size[c] == 2) t[c] = static_cast<uint8_t>(codes.text[c][1]);
+    return t;
+  }();
+  if (cpu::has(&cpu::features::avx512_vbmi2)) taken = x86::encode_planes(in, n, o, x86::c_escape_planes{letters.data()});
+  else if (cpu::has(&cpu::features::avx2)) taken = x86::encode_runs(in, n, o, codes, x86::c_escaped());
 #endif
   // Text runs long between line feeds: eight printable bytes go out as they are.
   return static_cast<std::size_t>(o - out) + encode_bytes(codes, in + taken, n - taken, o, [](uint64_t w) {

@@ -59,7 +59,9 @@ inline std::size_t url_encode_block(const unsigned char* in, std::size_t n, bool
         if (codes[flag].size[c] == 1) t[flag][c & 15] = static_cast<uint8_t>(t[flag][c & 15] | 1 << (c >> 4));
     return t;
   }();
-  if (cpu::has(&cpu::features::avx2)) {
+  if (cpu::has(&cpu::features::avx512_vbmi2)) {
+    taken = x86::encode_planes(in, n, o, x86::url_escape_planes{codes[escape_reserved].size});
+  } else if (cpu::has(&cpu::features::avx2)) {
     taken = x86::encode_runs(in, n, o, codes[escape_reserved], x86::url_escaped(kept_rows[escape_reserved].data()));
   }
 #endif

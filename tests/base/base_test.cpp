@@ -32,6 +32,12 @@ std::string encoded(const std::string& t, int which) {
   return escaped;
 }
 
+// The codings' paths: 0 the portable code, 1 AVX2 at most, 2 all the CPU offers.
+void take_path(int path) {
+  base::cpu::portable_only = path == 0;
+  base::cpu::withheld.avx512_vbmi2 = path == 1;
+}
+
 // Fixed answers, on the portable rounds and then on the CPU's instructions where
 // it has them: one million "a" (FIPS 180-4, RFC 1321), and a pattern's prefixes.
 TEST(Base, Digests) {
@@ -127,10 +133,12 @@ TEST(Base, VectorCodingsMatchPortable) {
     for (char odd : {'=', '~', '\x80'})
       cases.push_back({unbase64, (text.substr(0, at) + odd + text.substr(at + 1)).substr(at % 4)});
   for (const auto& [code, input] : cases) {
-    base::cpu::portable_only = true;
+    take_path(0);
     std::string portable = code(input);
-    base::cpu::portable_only = false;
-    EXPECT_EQ(code(input), portable) << input;
+    for (int path : {1, 2}) {
+      take_path(path);
+      EXPECT_EQ(code(input), portable) << input << " on path " << path;
+    }
   }
 }
 
@@ -138,18 +146,17 @@ TEST(Base, VectorCodingsMatchPortable) {
 // value at each place of a 100-byte text, which spans the eight-byte words of
 // the portable code and the 32-byte steps of the vector one, is coded as alone.
 TEST(Base, EncodersEveryByteAtEveryPlace) {
-  for (bool portable : {true, false}) {
-    base::cpu::portable_only = portable;
+  for (int path : {0, 1, 2}) {
+    take_path(path);
     for (int c = 0; c < 256; ++c)
       for (size_t place = 0; place < 100; ++place) {
         std::string input(100, 'a'), before(place, 'a'), after(99 - place, 'a'), alone(1, char(c));
         input[place] = char(c);
         for (int which : {0, 1, 2})
           EXPECT_EQ(encoded(input, which), encoded(before, which) + encoded(alone, which) + encoded(after, which))
-              << c << " at " << place;
+              << c << " at " << place << " on path " << path;
       }
   }
-  base::cpu::portable_only = false;
 }
 
 // Lines come with their line feed, numbered from 1, each with the offset of its

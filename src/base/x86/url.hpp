@@ -1,5 +1,6 @@
-// URL coding with AVX2, for CPUs that have it (base::cpu tells): 32 bytes are
-// tested at once, and the runs between escapes are copied whole.
+// URL coding with AVX2 or AVX-512, for CPUs that have them (base::cpu tells): 32
+// bytes are tested at once and the runs between escapes copied whole, or the
+// codes of 64 bytes are made at once.
 #pragma once
 
 #include "base/x86/runs.hpp"
@@ -22,6 +23,20 @@ struct url_escaped {
     __m256i mine = _mm256_shuffle_epi8(bit, _mm256_and_si256(_mm256_srli_epi16(c, 4), low));
     __m256i kept = _mm256_and_si256(row, mine);
     return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(kept, _mm256_setzero_si256())));
+  }
+};
+
+// The codes of url_encode as planes. `sizes` holds the size of each byte's code:
+// 1 for a byte that stays as it is.
+struct url_escape_planes {
+  const uint8_t* sizes;
+
+  VEXA_AVX512_BYTES __mmask64 operator()(__m512i c, code_planes& p) const {
+    __mmask64 escaped = ~_mm512_cmpeq_epi8_mask(lookup128(c, sizes), _mm512_set1_epi8(1));
+    p.plane[0] = _mm512_mask_blend_epi8(escaped, c, _mm512_set1_epi8('%'));
+    hex_digit_planes(c, hex_digits + 16, escaped, p.plane[1], p.plane[2]);
+    p.plane[3] = _mm512_setzero_si512();
+    return escaped;
   }
 };
 
