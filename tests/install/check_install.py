@@ -108,14 +108,9 @@ def check_package(tmp):
     expect("cpack makes one package", (status, len(debs)), (0, 1))
     if len(debs) != 1:
         return print(out.decode(), err.decode())
-    deb = debs[0]  # its fields, reproducibility and stripping are lintian's and CI's to check
+    deb = debs[0]  # its fields, documents, reproducibility and stripping are lintian's and CI's to check
     architecture = run(["dpkg-deb", "-f", deb, "Architecture"])[1].decode().strip()
     expect("file name", os.path.basename(deb), "vexa_%s_%s.deb" % (VERSION, architecture))
-    listing = run(["dpkg-deb", "-c", deb])[1].decode()
-    files = [line.split()[-1] for line in listing.splitlines() if line.startswith("-")]
-    expect("files", [f for f in files if "/examples/" not in f],
-           ["./usr/bin/vexa", "./usr/share/doc/vexa/changelog.gz", "./usr/share/doc/vexa/copyright",
-            "./usr/share/man/man1/vexa.1.gz"])
     run(["dpkg-deb", "-x", deb, tmp + "/root"])
     answers_42("packaged usr/bin/vexa", tmp + "/root/usr/bin/vexa")
 
