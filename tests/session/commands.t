@@ -104,13 +104,12 @@ shrinks while the output is read changes nothing; when the decoded bytes cannot
 wait in a temporary file (here a file-size limit), they wait in memory.
 
   $ head -c 1500000 /dev/zero | tr '\0' '\1' | base64 -w0 > ones; printf A >> ones
+  $ (ulimit -f 64; vexa unbase64 /dev/stdin < ones | tail -n 1 | wc -c)
+  1500001
   $ vexa unbase64 ones | (head -n 1; truncate -s 0 ones; tr -d '\1' | od -c)
   Warning: input string length not multiple of 4.
   0000000  \n
   0000001
-  $ head -c 1500000 /dev/zero | tr '\0' '\1' | base64 -w0 > ones; printf A >> ones
-  $ (ulimit -f 64; vexa unbase64 /dev/stdin < ones | tail -n 1 | wc -c)
-  1500001
 
 A line too long for the memory there is fails, whether it is too long to read
 or to evaluate, or its command has no room for its output, and the session
