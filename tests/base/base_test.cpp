@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -142,9 +141,9 @@ TEST(Base, VectorCodingsMatchPortable) {
   }
 }
 
-// Runs of unchanged bytes pass whole only when no byte in them changes: each byte
-// value at each place of a 100-byte text, which spans the eight-byte words of
-// the portable code and the 32-byte steps of the vector one, is coded as alone.
+// Each byte value at each place of a 100-byte text, across the 8-byte words of
+// the portable code and the 32- and 64-byte steps of the vector ones, is coded
+// as alone: no byte is taken for unchanged, nor a code put in the wrong place.
 TEST(Base, EncodersEveryByteAtEveryPlace) {
   for (int path : {0, 1, 2}) {
     take_path(path);
@@ -210,7 +209,6 @@ TEST(Base, Files) {
 
 TEST(Base, RandomText) {
   const std::string alphabet = "abcdefghijkmnpqrstuvwxyzABCDEFGHJKLMNPQRTUVWXY346789";
-  EXPECT_EQ(base::randstr(0) + base::randstr(-5), "");
   std::string s = base::randstr(4000);  // misses one of 52 characters with odds of about e^-77
   EXPECT_EQ(std::set<char>(s.begin(), s.end()), std::set<char>(alphabet.begin(), alphabet.end()));
   std::set<std::string> texts;  // each seeded afresh from the random device
