@@ -8,21 +8,32 @@
 #if defined(VEXA_X86_AVX2_RUNS)
 namespace base::x86 {
 
-// The mask of the bytes that url_encode escapes. Bit h of byte l of kept_rows
+// The bytes that url_encode escapes, and their codes. Bit h of byte l of kept_rows
 // tells whether the byte 16 * h + l is kept; bytes from 128 up are never kept.
 struct url_escaped {
   explicit url_escaped(const uint8_t* rows) : kept_rows(_mm_loadu_si128(reinterpret_cast<const __m128i*>(rows))) {}
   __m128i kept_rows;
 
-  __attribute__((target("avx2"))) uint32_t operator()(__m256i c) const {
+  // All ones at the bytes escaped.
+  __attribute__((target("avx2"))) __m256i escaped(__m256i c) const {
     const __m256i low = _mm256_set1_epi8(15);
     __m256i rows = _mm256_broadcastsi128_si256(kept_rows);
     __m256i bit = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,
                                    1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
     __m256i row = _mm256_shuffle_epi8(rows, _mm256_and_si256(c, low));
     __m256i mine = _mm256_shuffle_epi8(bit, _mm256_and_si256(_mm256_srli_epi16(c, 4), low));
-    __m256i kept = _mm256_and_si256(row, mine);
-    return static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(kept, _mm256_setzero_si256())));
+    return _mm256_cmpeq_epi8(_mm256_and_si256(row, mine), _mm256_setzero_si256());
+  }
+
+  __attribute__((target("avx2"))) uint32_t operator()(__m256i c) const {
+    return static_cast<uint32_t>(_mm256_movemask_epi8(escaped(c)));
+  }
+
+  __attribute__((target("avx2"))) void planes(__m256i c, __m256i (&plane)[4]) const {
+    __m256i escape = escaped(c);
+    plane[0] = _mm256_blendv_epi8(c, _mm256_set1_epi8('%'), escape);
+    hex_digit_planes(c, hex_digits + 16, escape, plane[1], plane[2]);
+    plane[3] = _mm256_setzero_si256();
   }
 };
 
