@@ -106,10 +106,11 @@ TEST(Base, Codings) {
 }
 
 // The vector paths against the portable code: every coding at every length
-// around the vector widths (24 to 64 bytes a step) and alignment, URL text with an
-// escape (or a "%" among its digits) at each place of a step and text all
-// escapes, text with few changed bytes a step and bytes with many, and Base64
-// with padding or a stranger at each place of a piece.
+// around the vector widths (24 to 64 bytes a step) and alignment, URL text with
+// an escape (or a "%" among its digits) at each place of a step, text all
+// escapes and escapes with every byte as a digit, text with few changed bytes a
+// step and bytes with many, and Base64 with padding or a stranger at each place
+// of a piece.
 TEST(Base, VectorCodingsMatchPortable) {
   using coding = std::string (*)(const std::string&);
   coding base64 = [](const std::string& b) { return base::base64(b); };
@@ -119,14 +120,19 @@ TEST(Base, VectorCodingsMatchPortable) {
   std::string bytes, words;
   for (int i = 0; i < 300; ++i) bytes += char(i * 151 + 7);
   for (int i = 0; i < 4; ++i) words += "The \"quick\" fox?\tjumps (over) 1+1=2 & the lazy dog.\n";
+  const char* percent_digits[] = {"%%4a", "%4a%", "%4%a"};
   std::vector<std::pair<coding, std::string>> cases;
   for (size_t n = 0; n <= 200; ++n) {
     for (size_t offset = 0; offset < 4; ++offset) cases.push_back({base64, bytes.substr(offset, n)});
     for (const std::string& input : {words, bytes}) cases.push_back({encoders, input.substr(0, n)});
     cases.push_back({url_decode, base::url_encode(bytes, true).substr(0, n)});
     for (size_t at = 0; n >= 60 && n <= 100 && at < n; ++at)
-      cases.push_back({url_decode, (bytes.substr(0, at) + (at % 2 ? "%4a%" : "%%4a") + bytes.substr(at)).substr(0, n)});
+      cases.push_back({url_decode, (bytes.substr(0, at) + percent_digits[at % 3] + bytes.substr(at)).substr(0, n)});
   }
+  std::string odd_digits;  // every byte value as either digit, with no "%" among them
+  for (int c = 0; c < 256; ++c)
+    if (c != '%' && 255 - c != '%') odd_digits += "%"s + char(c) + char(255 - c) + "-";
+  cases.push_back({url_decode, odd_digits});
   const std::string text = base::base64(bytes).substr(0, 256);
   for (size_t at = 0; at < 130; ++at)
     for (char odd : {'=', '~', '\x80'})

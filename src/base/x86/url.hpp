@@ -51,20 +51,70 @@ struct url_escape_planes {
   }
 };
 
-// Decodes while 64 bytes remain (a run is copied 32 bytes at a time from where
-// it starts); returns the count of bytes taken and moves `out` past the bytes
-// written. `digit` is the value of each byte as an escape digit; "+" is left as
-// it is. `out` has room for a byte a byte, so the whole stores stay inside it.
+// For each set of 8 bits, the places of its set bits from the lowest, to pack
+// the bytes kept of 8.
+inline const uint8_t (&pack_places())[256][8] {
+  static const auto table = [] {
+    struct places {
+      alignas(8) uint8_t of[256][8];
+    } t{};
+    for (int kept = 0; kept < 256; ++kept)
+      for (int bit = 0, place = 0; bit < 8; ++bit)
+        if (kept >> bit & 1) t.of[kept][place++] = static_cast<uint8_t>(bit);
+    return t;
+  }();
+  return table.of;
+}
+
+// The value of each byte as an escape digit, as url_decode_block's table has
+// it: x - 48, and 7 less above 64, 39 less above 96 (unsigned, modulo 256).
+__attribute__((target("avx2"))) inline __m256i digit_values(__m256i x) {
+  const __m256i zero = _mm256_setzero_si256();
+  __m256i above_64 = _mm256_andnot_si256(_mm256_cmpeq_epi8(_mm256_subs_epu8(x, _mm256_set1_epi8(64)), zero),
+                                         _mm256_set1_epi8(7));
+  __m256i above_96 = _mm256_andnot_si256(_mm256_cmpeq_epi8(_mm256_subs_epu8(x, _mm256_set1_epi8(96)), zero),
+                                         _mm256_set1_epi8(32));
+  return _mm256_sub_epi8(x, _mm256_add_epi8(_mm256_set1_epi8(48), _mm256_add_epi8(above_64, above_96)));
+}
+
+// Decodes while 64 bytes remain; returns the count of bytes taken and moves
+// `out` past the bytes written. `digit` is the value of each byte as an escape
+// digit; "+" is left as it is. `out` has room for a byte a byte, so the whole
+// stores stay inside it.
 __attribute__((target("avx2"))) inline std::size_t url_decode(const unsigned char* in, std::size_t n, char*& out,
                                                              const uint8_t* digit) {
+  const uint8_t(&pack)[256][8] = pack_places();
   std::size_t i = 0;
   char* o = out;
   while (i + 64 <= n) {
     __m256i c = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
-    uint32_t mask = static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(c, _mm256_set1_epi8('%'))));
-    std::size_t end = i + 32;
-    if (__builtin_popcount(mask) > 6) {  // escapes close together: byte by byte
-      while (i < end) {
+    __m256i percent = _mm256_cmpeq_epi8(c, _mm256_set1_epi8('%'));
+    uint32_t mask = static_cast<uint32_t>(_mm256_movemask_epi8(percent));
+    if (mask == 0) {
+      _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), c);
+      o += 32;
+      i += 32;
+    } else if ((mask & (mask >> 1 | mask >> 2)) == 0) {
+      // Every "%" starts an escape: its value takes its place, and its digits,
+      // the two bytes after it, are packed out, 8 bytes at a time.
+      __m256i high = digit_values(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i + 1)));
+      __m256i low = digit_values(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i + 2)));
+      __m256i value = _mm256_add_epi8(_mm256_and_si256(_mm256_slli_epi16(high, 4), _mm256_set1_epi8(-16)), low);
+      __m256i text = _mm256_blendv_epi8(c, value, percent);
+      uint32_t kept = ~(mask << 1 | mask << 2);
+      const __m128i halves[2] = {_mm256_castsi256_si128(text), _mm256_extracti128_si256(text, 1)};
+      for (int part = 0; part < 4; ++part) {
+        unsigned bits = kept >> 8 * part & 0xff;
+        __m128i eight = part % 2 ? _mm_srli_si128(halves[part / 2], 8) : halves[part / 2];
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(o),
+                         _mm_shuffle_epi8(eight, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pack[bits]))));
+        o += __builtin_popcount(bits);
+      }
+      // An escape at 30 or 31 has its digits in the next step, which starts after them.
+      unsigned last = 31 - static_cast<unsigned>(__builtin_clz(mask));
+      i += last >= 30 ? last + 3 : 32;
+    } else {  // a "%" among an escape's digits: byte by byte
+      for (std::size_t end = i + 32; i < end;) {
         if (in[i] == '%') {
           *o++ = static_cast<char>(digit[in[i + 1]] * 16 + digit[in[i + 2]]);
           i += 3;
@@ -72,22 +122,7 @@ __attribute__((target("avx2"))) inline std::size_t url_decode(const unsigned cha
           *o++ = static_cast<char>(in[i++]);
         }
       }
-      continue;
     }
-    unsigned from = 0;
-    while (mask) {
-      unsigned at = static_cast<unsigned>(__builtin_ctz(mask));
-      copy32(o, in + i + from);
-      o += at - from;
-      *o++ = static_cast<char>(digit[in[i + at + 1]] * 16 + digit[in[i + at + 2]]);
-      from = at + 3;
-      mask &= at < 29 ? ~0u << from : 0;  // a "%" among the digits is a digit
-    }
-    if (from < 32) {
-      copy32(o, in + i + from);
-      o += 32 - from;
-    }
-    i += from > 32 ? from : 32;
   }
   out = o;
   return i;
