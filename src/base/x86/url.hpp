@@ -51,19 +51,21 @@ struct url_escape_planes {
   }
 };
 
-// For each set of 8 bits, the places of its set bits from the lowest, to pack
-// the bytes kept of 8.
-inline const uint8_t (&pack_places())[256][8] {
-  static const auto table = [] {
-    struct places {
-      alignas(8) uint8_t of[256][8];
-    } t{};
+// For each set of 8 bits, the places of its set bits from the lowest: the
+// shuffle that packs the bytes kept of 8.
+struct pack_shuffles {
+  alignas(8) uint8_t take[256][8];
+};
+
+inline const pack_shuffles& packs() {
+  static const pack_shuffles table = [] {
+    pack_shuffles t{};
     for (int kept = 0; kept < 256; ++kept)
       for (int bit = 0, place = 0; bit < 8; ++bit)
-        if (kept >> bit & 1) t.of[kept][place++] = static_cast<uint8_t>(bit);
+        if (kept >> bit & 1) t.take[kept][place++] = static_cast<uint8_t>(bit);
     return t;
   }();
-  return table.of;
+  return table;
 }
 
 // The value of each byte as an escape digit, as url_decode_block's table has
@@ -83,7 +85,7 @@ __attribute__((target("avx2"))) inline __m256i digit_values(__m256i x) {
 // stores stay inside it.
 __attribute__((target("avx2"))) inline std::size_t url_decode(const unsigned char* in, std::size_t n, char*& out,
                                                              const uint8_t* digit) {
-  const uint8_t(&pack)[256][8] = pack_places();
+  const pack_shuffles& pack = packs();
   std::size_t i = 0;
   char* o = out;
   while (i + 64 <= n) {
@@ -107,7 +109,7 @@ __attribute__((target("avx2"))) inline std::size_t url_decode(const unsigned cha
         unsigned bits = kept >> 8 * part & 0xff;
         __m128i eight = part % 2 ? _mm_srli_si128(halves[part / 2], 8) : halves[part / 2];
         _mm_storel_epi64(reinterpret_cast<__m128i*>(o),
-                         _mm_shuffle_epi8(eight, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pack[bits]))));
+                         _mm_shuffle_epi8(eight, _mm_loadl_epi64(reinterpret_cast<const __m128i*>(pack.take[bits]))));
         o += __builtin_popcount(bits);
       }
       // An escape at 30 or 31 has its digits in the next step, which starts after them.
