@@ -48,8 +48,10 @@ inline std::size_t c_escape_block(const unsigned char* in, std::size_t n, char* 
       if (codes.size[c] == 2) t[c] = static_cast<uint8_t>(codes.text[c][1]);
     return t;
   }();
-  if (cpu::has(&cpu::features::avx512_vbmi2)) taken = x86::encode_planes(in, n, o, x86::c_escape_planes{letters.data()});
-  else if (cpu::has(&cpu::features::avx2)) taken = x86::encode_runs(in, n, o, codes, x86::c_escaped{letters.data()});
+  if (cpu::has(&cpu::features::avx512_vbmi2))
+    taken = x86::encode_planes(in, n, o, x86::c_escape_planes{letters.data()});
+  else if (cpu::has(&cpu::features::avx2))
+    taken = x86::encode_runs(in, n, o, codes, x86::c_escaped{letters.data()});
 #endif
   // Text runs long between line feeds: eight printable bytes go out as they are.
   return static_cast<std::size_t>(o - out) + encode_bytes(codes, in + taken, n - taken, o, [](uint64_t w) {

@@ -49,8 +49,9 @@ struct c_escape_planes {
   VEXA_AVX512_BYTES __mmask64 operator()(__m512i c, code_planes& p) const {
     __m512i letter = lookup128(c, letters);
     __mmask64 named = _mm512_test_epi8_mask(letter, letter);
-    __mmask64 hex = (_mm512_cmplt_epu8_mask(c, _mm512_set1_epi8(32)) | _mm512_cmpge_epu8_mask(c, _mm512_set1_epi8(127))) &
-                    ~named;
+    __mmask64 outside =
+        _mm512_cmplt_epu8_mask(c, _mm512_set1_epi8(32)) | _mm512_cmpge_epu8_mask(c, _mm512_set1_epi8(127));
+    __mmask64 hex = outside & ~named;
     p.plane[0] = _mm512_mask_blend_epi8(hex | named, c, _mm512_set1_epi8('\\'));
     p.plane[1] = _mm512_mask_mov_epi8(letter, hex, _mm512_set1_epi8('x'));
     hex_digit_planes(c, hex_digits, hex, p.plane[2], p.plane[3]);
