@@ -13,27 +13,25 @@ namespace base::x86 {
 struct c_escaped {
   const uint8_t* letters;
 
-  // All ones at the bytes escaped, and at '"' and '\' in `own`.
-  __attribute__((target("avx2"))) __m256i escaped(__m256i c, __m256i& own) const {
-    own = _mm256_or_si256(_mm256_cmpeq_epi8(c, _mm256_set1_epi8('"')), _mm256_cmpeq_epi8(c, _mm256_set1_epi8('\\')));
+  // All ones at the bytes escaped.
+  __attribute__((target("avx2"))) __m256i escaped(__m256i c) const {
     // Below 32 as signed bytes takes in 128 to 255 too.
     return _mm256_or_si256(
-        _mm256_or_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(32), c), _mm256_cmpeq_epi8(c, _mm256_set1_epi8(127))), own);
+        _mm256_or_si256(_mm256_cmpgt_epi8(_mm256_set1_epi8(32), c), _mm256_cmpeq_epi8(c, _mm256_set1_epi8(127))),
+        own_letters(c));
   }
 
-  __attribute__((target("avx2"))) uint32_t operator()(__m256i c) const {
-    __m256i own;
-    return static_cast<uint32_t>(_mm256_movemask_epi8(escaped(c, own)));
+  // All ones at '"' and '\', the named bytes that are their own letters.
+  __attribute__((target("avx2"))) static __m256i own_letters(__m256i c) {
+    return _mm256_or_si256(_mm256_cmpeq_epi8(c, _mm256_set1_epi8('"')), _mm256_cmpeq_epi8(c, _mm256_set1_epi8('\\')));
   }
 
-  __attribute__((target("avx2"))) void planes(__m256i c, __m256i (&plane)[4]) const {
-    __m256i own, escape = escaped(c, own);
-    // The named bytes below 16 find their letter in the table's first row; the
-    // two above, '"' and '\', are their own letters.
+  __attribute__((target("avx2"))) void planes(__m256i c, __m256i escape, __m256i (&plane)[4]) const {
+    // The named bytes below 16 find their letter in the table's first row.
     __m256i first_row = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(letters)));
     __m256i letter = _mm256_or_si256(
         _mm256_and_si256(_mm256_shuffle_epi8(first_row, c), _mm256_cmpgt_epi8(_mm256_set1_epi8(16), c)),
-        _mm256_and_si256(c, own));
+        _mm256_and_si256(c, own_letters(c)));
     __m256i hex = _mm256_andnot_si256(_mm256_cmpgt_epi8(letter, _mm256_setzero_si256()), escape);
     plane[0] = _mm256_blendv_epi8(c, _mm256_set1_epi8('\\'), escape);
     plane[1] = _mm256_blendv_epi8(letter, _mm256_set1_epi8('x'), hex);

@@ -95,10 +95,10 @@ __attribute__((target("avx2"))) inline void hex_digit_planes(__m256i bytes, cons
 
 // Encodes while 64 bytes remain (a run is copied 32 bytes at a time from where
 // it starts, so that many more must be there to read); returns the count of
-// bytes taken and moves `out` past the characters written. `changed(bytes)` is
-// the mask of the 32 bytes whose code is not the byte itself,
-// `changed.planes(bytes, planes)` makes their codes as planes, and `codes`
-// gives every byte's code. `out` has room for 4 characters a byte, so the
+// bytes taken and moves `out` past the characters written.
+// `changed.escaped(bytes)` is all ones at the bytes whose code is not the byte
+// itself, `changed.planes(bytes, escaped, planes)` makes their codes as planes,
+// and `codes` gives every byte's code. `out` has room for 4 characters a byte, so the
 // whole stores, whose tails are written over next, stay inside it.
 template <class Changed>
 __attribute__((target("avx2"))) inline std::size_t encode_runs(const unsigned char* in, std::size_t n, char*& out,
@@ -111,13 +111,14 @@ __attribute__((target("avx2"))) inline std::size_t encode_runs(const unsigned ch
   char* o = out;
   for (; i + 64 <= n; i += 32) {
     __m256i bytes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + i));
-    uint32_t mask = changed(bytes);
+    __m256i escaped = changed.escaped(bytes);
+    uint32_t mask = static_cast<uint32_t>(_mm256_movemask_epi8(escaped));
     if (mask == 0) {
       _mm256_storeu_si256(reinterpret_cast<__m256i*>(o), bytes);
       o += 32;
     } else if (__builtin_popcount(mask) > dense) {
       __m256i plane[4];
-      changed.planes(bytes, plane);
+      changed.planes(bytes, escaped, plane);
       o = write_planes(plane, o, groups);
     } else {
       unsigned from = 0;

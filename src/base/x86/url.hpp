@@ -25,12 +25,7 @@ struct url_escaped {
     return _mm256_cmpeq_epi8(_mm256_and_si256(row, mine), _mm256_setzero_si256());
   }
 
-  __attribute__((target("avx2"))) uint32_t operator()(__m256i c) const {
-    return static_cast<uint32_t>(_mm256_movemask_epi8(escaped(c)));
-  }
-
-  __attribute__((target("avx2"))) void planes(__m256i c, __m256i (&plane)[4]) const {
-    __m256i escape = escaped(c);
+  __attribute__((target("avx2"))) void planes(__m256i c, __m256i escape, __m256i (&plane)[4]) const {
     plane[0] = _mm256_blendv_epi8(c, _mm256_set1_epi8('%'), escape);
     hex_digit_planes(c, hex_digits + 16, escape, plane[1], plane[2]);
     plane[3] = _mm256_setzero_si256();
