@@ -137,6 +137,8 @@ inline std::string load(const std::string& file) {
   reader in(file);
   std::string contents;
   if (in.measured) {
+    // A 32-bit machine cannot hold a file past its address space in one string.
+    if (in.size > contents.max_size()) throw std::bad_alloc();
     contents.resize(static_cast<std::string::size_type>(in.size));
     in.read(&contents[0], contents.size());
   } else {
@@ -157,14 +159,14 @@ void for_each_line_of(int fd, F callback) {
   char block[4096];
   std::string pending;
   unsigned number = 1;
-  unsigned offset = 0;
+  uint64_t offset = 0;
   while (std::size_t got = read_some(fd, block, sizeof block)) {
     std::size_t cut = 0;
     for (const char* feed; (feed = static_cast<const char*>(std::memchr(block + cut, '\n', got - cut)));) {
       std::size_t end = static_cast<std::size_t>(feed - block) + 1;
       pending.append(block + cut, end - cut);
       if (!callback(static_cast<const std::string&>(pending), number, offset)) return;
-      offset += static_cast<unsigned>(pending.size());
+      offset += pending.size();
       pending.clear();
       ++number;
       cut = end;
@@ -179,7 +181,7 @@ template <class F>
 void for_each_line(const std::string& file, F callback) {
   int fd = open_read(file);
   if (fd < 0) return;
-  for_each_line_of(fd, [&](const std::string& line, unsigned number, unsigned offset) {
+  for_each_line_of(fd, [&](const std::string& line, unsigned number, uint64_t offset) {
     callback(line, number, offset);
     return true;
   });

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
@@ -79,7 +80,7 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
   }
 
   // The third argument, the line's offset in the file, is not needed here.
-  base::for_each_line_of(fd, [&](const std::string& text, unsigned number, unsigned) {
+  base::for_each_line_of(fd, [&](const std::string& text, unsigned number, uint64_t) {
     // Output that can no longer be written ends the file as it ends the session.
     if (output::failed()) return false;
     std::string line = base::trim(text);

@@ -178,7 +178,7 @@ TEST(Base, Files) {
       EXPECT_EQ(base::load(path), content);
       std::string joined;
       unsigned lines = 0;
-      base::for_each_line(path, [&](const std::string& line, unsigned number, unsigned offset) {
+      base::for_each_line(path, [&](const std::string& line, unsigned number, uint64_t offset) {
         EXPECT_EQ(number, ++lines);
         EXPECT_EQ(offset, joined.size());
         bool last = offset + line.size() == content.size() && content.back() != '\n';
@@ -205,7 +205,7 @@ TEST(Base, Files) {
     EXPECT_EQ(base::exists(none), exists) << none;
     EXPECT_EQ(base::load(none), "") << none;
     if (none.rfind("/proc/", 0) != 0)
-      base::for_each_line(none, [&](const std::string&, unsigned, unsigned) { ADD_FAILURE(); });
+      base::for_each_line(none, [&](const std::string&, unsigned, uint64_t) { ADD_FAILURE(); });
   }
   EXPECT_EQ(std::system(("rm -rf '" + dir + "'").c_str()), 0);
   std::FILE* pipe = popen("head -c 200000 /dev/zero | tr '\\0' x", "r");  // read to its end
