@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+#include "vexa/precision.hpp"
+
 namespace vexa {
 
 struct identifier {
@@ -32,17 +34,17 @@ struct context : std::map<std::string, identifier*> {
         {"e", 2.7182818284, nullptr},
         {"pi", 3.1415926535, nullptr},
         {"time", static_cast<double>(std::time(nullptr)), nullptr},
-        {"sin", 0.0, std::sin},
-        {"cos", 0.0, std::cos},
-        {"tan", 0.0, std::tan},
-        {"asin", 0.0, std::asin},
-        {"acos", 0.0, std::acos},
-        {"atan", 0.0, std::atan},
+        {"sin", 0.0, from_c_library<std::sin>},
+        {"cos", 0.0, from_c_library<std::cos>},
+        {"tan", 0.0, from_c_library<std::tan>},
+        {"asin", 0.0, from_c_library<std::asin>},
+        {"acos", 0.0, from_c_library<std::acos>},
+        {"atan", 0.0, from_c_library<std::atan>},
         {"abs", 0.0, std::fabs},
-        {"ln", 0.0, std::log},
-        {"log", 0.0, std::log10},
+        {"ln", 0.0, from_c_library<std::log>},
+        {"log", 0.0, from_c_library<std::log10>},
         {"sqrt", 0.0, std::sqrt},
-        {"exp", 0.0, std::exp},
+        {"exp", 0.0, from_c_library<std::exp>},
     };
     for (const auto& b : builtins) (*this)[b.name] = new identifier{b.value, b.function};
   }

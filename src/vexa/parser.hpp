@@ -168,7 +168,7 @@ inline bool parser::evaluate(valop* a, std::size_t& count, double& value) {
       left_to_right(a, count, "!", [](char, double x, double y) { return falling_product(x, y); }) &&
       right_to_left(a, count, '^', [](valop&, double x, double y, valop& result) {
         char op = result.op;
-        result = valop::number(std::pow(x, y));
+        result = valop::number(power(x, y));
         result.op = op;
       }) &&
       left_to_right(a, count, "*/%", [](char op, double x, double y) {

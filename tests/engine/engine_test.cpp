@@ -113,6 +113,27 @@ TEST(Engine, FallingProductMatchesFullWalk) {
 
 // Literals of up to 15 digits skip strtod; their values must be its values, bit
 // for bit, around every power of ten the quick path divides by.
+// Each operation rounds once, to a double: these are the answers that a wider
+// register (the x87 unit's) rounding twice, or not at all, gets wrong.
+TEST(Engine, DoublesRoundOnceOnEveryMachine) {
+  const char* const cases[][2] = {
+      {"138.31737017406275*388.6242035679117", "0x1.a3f2f4a5483ebp+15"},
+      {"116.03843784995563/575.9739424547666", "0x1.9c998b0ae7b47p-3"},
+      {"591.4470498088663-374.38433352709114", "0x1.b2201c59364d4p+7"},
+      {"911.2223006725403%893.195342450544", "0x1.206e6bbe9d52p+4"},
+      {"10000000000!2147483645", "0x1.2a05f1f903dc6p+95"},
+      {"0.1*3", "0x1.3333333333334p-2"},
+  };
+  vexa::parser p;
+  for (const auto& c : cases) {
+    double v = 0;
+    ASSERT_TRUE(p.parse(c[0], v)) << c[0];
+    char bits[32];
+    std::snprintf(bits, sizeof bits, "%a", v);
+    EXPECT_STREQ(bits, c[1]) << c[0];
+  }
+}
+
 TEST(Engine, NumberLiteralsReadAsStrtodReadsThem) {
   std::vector<std::string> literals = {"0", "-0", ".5", "-.5", "0.1", "123456789012345", "1234567890123456",
                                        "999999999999999.9", "0.000000000000001", "-3.000000000000000001"};
