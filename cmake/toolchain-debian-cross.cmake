@@ -1,5 +1,6 @@
 # What the Debian cross toolchains share; the toolchain-<machine>.cmake files set
-# VEXA_CROSS_TRIPLE, CMAKE_SYSTEM_PROCESSOR and VEXA_DEB_ARCHITECTURE first.
+# VEXA_CROSS_TRIPLE, CMAKE_SYSTEM_PROCESSOR and VEXA_DEB_ARCHITECTURE first, and
+# VEXA_QEMU_MACHINE where qemu's name is not the triple's first word.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_C_COMPILER ${VEXA_CROSS_TRIPLE}-gcc)
 set(CMAKE_CXX_COMPILER ${VEXA_CROSS_TRIPLE}-g++)
@@ -14,7 +15,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-string(REGEX REPLACE "-.*" "" VEXA_QEMU_MACHINE ${VEXA_CROSS_TRIPLE})
+if(NOT VEXA_QEMU_MACHINE)
+  string(REGEX REPLACE "-.*" "" VEXA_QEMU_MACHINE ${VEXA_CROSS_TRIPLE})
+endif()
 set(CMAKE_CROSSCOMPILING_EMULATOR qemu-${VEXA_QEMU_MACHINE} -L ${VEXA_CROSS_SYSROOT})
 
 # A Debian package for the target: dpkg-shlibdeps cannot read the target's
