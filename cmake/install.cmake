@@ -1,5 +1,6 @@
 # Installed like a system tool: the program, its manual page, the example
-# formula files, the licence and the changelog; and the Debian package of them.
+# formula files, the licence, the changelog and the bash completion; and the
+# Debian package of them.
 # Included from the top-level CMakeLists.txt.
 include(GNUInstallDirs)
 
@@ -18,7 +19,9 @@ string(REGEX REPLACE "^.*>  " "" changelog_date "${changelog_trailer}")
 # are noted, so that uninstalling removes the folders this install made and never
 # one it found. An install into DESTDIR stages a package, whose folders are the
 # package manager's.
-set(vexa_destinations ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_MANDIR}/man1 ${CMAKE_INSTALL_DOCDIR}/examples)
+set(completions_dir ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+set(vexa_destinations ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_MANDIR}/man1 ${CMAKE_INSTALL_DOCDIR}/examples
+    ${completions_dir})
 string(CONFIGURE [[
   set(vexa_manifest "@PROJECT_BINARY_DIR@/install_manifest.txt")
   file(REMOVE "${vexa_manifest}")
@@ -70,6 +73,10 @@ install(FILES ${man_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${PROJECT_SOURCE_DIR}/debian/copyright ${changelog} DESTINATION ${CMAKE_INSTALL_DOCDIR})
 file(GLOB example_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.frm)
 install(FILES ${example_files} DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+# bash-completion loads it when `vexa` is first completed, from the prefixes
+# /usr/local, /usr and ~/.local.
+install(FILES ${PROJECT_SOURCE_DIR}/completion/vexa.bash DESTINATION ${completions_dir} RENAME vexa)
+
 # The folders this install made, beside those an earlier one made, for
 # cmake/uninstall.cmake: one path under the prefix a line.
 string(CONFIGURE [[
