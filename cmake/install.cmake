@@ -1,5 +1,6 @@
 # Installed like a system tool: the program, its manual page, the example
-# formula files, the licence and the changelog; and the Debian package of them.
+# formula files, the licence, the changelog and the bash completion; and the
+# Debian package of them.
 # Included from the top-level CMakeLists.txt.
 include(GNUInstallDirs)
 
@@ -10,6 +11,37 @@ if(NOT changelog_head MATCHES "^vexa \\(${PROJECT_VERSION}\\) ")
 endif()
 file(STRINGS ${PROJECT_SOURCE_DIR}/debian/changelog changelog_trailer REGEX "^ -- " LIMIT_COUNT 1)
 string(REGEX REPLACE "^.*>  " "" changelog_date "${changelog_trailer}")
+
+# Runs before anything is installed. Every install rewrites the build folder's
+# install_manifest.txt, and one left there by an install as another user (as
+# root, through sudo) cannot be rewritten: it is removed first, which the owner
+# of the build folder may do. And the folders of the prefix that are missing yet
+# are noted, so that uninstalling removes the folders this install made and never
+# one it found. An install into DESTDIR stages a package, whose folders are the
+# package manager's.
+set(completions_dir ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+set(vexa_destinations ${CMAKE_INSTALL_BINDIR} ${CMAKE_INSTALL_MANDIR}/man1 ${CMAKE_INSTALL_DOCDIR}/examples
+    ${completions_dir})
+string(CONFIGURE [[
+  set(vexa_manifest "@PROJECT_BINARY_DIR@/install_manifest.txt")
+  file(REMOVE "${vexa_manifest}")
+  if(EXISTS "${vexa_manifest}")
+    message(FATAL_ERROR "Cannot replace ${vexa_manifest}, which an install as another user "
+                        "(with sudo) left in a build folder that you may not write to. Install "
+                        "from a build folder of your own, or remove the file with: "
+                        "sudo rm '${vexa_manifest}'")
+  endif()
+  set(vexa_made_folders "")
+  if("$ENV{DESTDIR}" STREQUAL "")
+    foreach(folder @vexa_destinations@)
+      while(folder AND NOT IS_DIRECTORY "${CMAKE_INSTALL_PREFIX}/${folder}")
+        list(APPEND vexa_made_folders "${folder}")
+        get_filename_component(folder "${folder}" DIRECTORY)
+      endwhile()
+    endforeach()
+  endif()
+]] record_folders @ONLY)
+install(CODE "${record_folders}")
 
 # The packaged binary keeps no .comment or .note section: they hold only the
 # compiler's name and nothing a user of the program needs.
@@ -41,6 +73,28 @@ install(FILES ${man_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${PROJECT_SOURCE_DIR}/debian/copyright ${changelog} DESTINATION ${CMAKE_INSTALL_DOCDIR})
 file(GLOB example_files CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/examples/*.frm)
 install(FILES ${example_files} DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+# bash-completion loads it when `vexa` is first completed, from the prefixes
+# /usr/local, /usr and ~/.local.
+install(FILES ${PROJECT_SOURCE_DIR}/completion/vexa.bash DESTINATION ${completions_dir} RENAME vexa)
+
+# The folders this install made, beside those an earlier one made, for
+# cmake/uninstall.cmake: one path under the prefix a line.
+string(CONFIGURE [[
+  if("$ENV{DESTDIR}" STREQUAL "")
+    set(record "${CMAKE_INSTALL_PREFIX}/@CMAKE_INSTALL_DOCDIR@/made-folders")
+    if(EXISTS "${record}")
+      file(STRINGS "${record}" earlier)
+      list(APPEND vexa_made_folders ${earlier})
+    endif()
+    list(REMOVE_DUPLICATES vexa_made_folders)
+    list(SORT vexa_made_folders)
+    list(JOIN vexa_made_folders "\n" lines)
+    message(STATUS "Installing: ${record}")
+    file(WRITE "${record}" "${lines}\n")
+    list(APPEND CMAKE_INSTALL_MANIFEST_FILES "${record}")
+  endif()
+]] write_record @ONLY)
+install(CODE "${write_record}")
 
 # `cpack -G DEB` in the build folder makes vexa_<version>_<arch>.deb. The
 # architecture is CPack's own guess or the cross toolchain's, and the

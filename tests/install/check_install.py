@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""vexa as users get it: installed, its manual page, the examples the page and the README show,
+"""vexa as users get it: installed, its bash completion, its manual page, the examples the page and the README show,
 and the .deb; a check whose tool is missing skips (exit 77).
-Usage: check_install.py install|man|examples|package VEXA SOURCE BUILD CMAKE CPACK VERSION"""
+Usage: check_install.py install|completion|man|examples|package VEXA SOURCE BUILD CMAKE CPACK VERSION"""
 import glob, os, re, shutil, subprocess, sys, tempfile
 
 CHECK, VEXA, SOURCE, BUILD, CMAKE, CPACK, VERSION = sys.argv[1:8]
@@ -33,16 +33,71 @@ def answers_42(name, binary):  # a cross build's programs run under its emulator
 
 
 def check_install(tmp):
-    expect("cmake --install", run([CMAKE, "--install", BUILD, "--prefix", tmp])[::2], (0, b""))
+    # Folders that were there before: uninstalling leaves them, empty or not, and
+    # removes every other folder the installs made.
+    os.makedirs(tmp + "/share/man")
+    os.makedirs(tmp + "/share/doc/other")
+    for _ in range(2):  # the second install finds the folders the first one made
+        expect("cmake --install", run([CMAKE, "--install", BUILD, "--prefix", tmp])[::2], (0, b""))
     answers_42("installed bin/vexa", os.path.join(tmp, "bin", "vexa"))
     expect("manual page", [os.path.basename(p) for p in glob.glob(tmp + "/share/man/man1/vexa.1*")],
            ["vexa.1.gz" if shutil.which("gzip") else "vexa.1"])
     expect("examples", sorted(os.listdir(tmp + "/share/doc/vexa/examples")),
            sorted(os.listdir(SOURCE + "/examples")))
+    expect("completion", os.path.isfile(tmp + "/share/bash-completion/completions/vexa"), True)
     run([CMAKE, "--install", BUILD, "--prefix", tmp + "/elsewhere"])  # the manifest now names only that
-    run([CMAKE, "-DPREFIX=" + tmp, "-DBUILD=" + BUILD, "-P", SOURCE + "/cmake/uninstall.cmake"], cwd=SOURCE)
-    left = [os.path.join(d, f) for d, _, fs in os.walk(tmp) for f in fs if "elsewhere" not in d]
-    expect("left after uninstalling", (left, os.path.exists(tmp + "/share/doc/vexa")), ([], False))
+    status, _, err = run([CMAKE, "-DPREFIX=" + tmp, "-DBUILD=" + BUILD, "-P", SOURCE + "/cmake/uninstall.cmake"],
+                         cwd=SOURCE)
+    left = sorted(os.path.relpath(os.path.join(d, f), tmp) for d, ds, fs in os.walk(tmp) for f in ds + fs)
+    expect("uninstall", (status, err), (0, b""))
+    expect("left after uninstalling", [f for f in left if not f.startswith("elsewhere")],
+           ["share", "share/doc", "share/doc/other", "share/man"])
+    # A manifest that this user may not write (one that an install with sudo left)
+    # cannot stop the next install; root may write any, so there this proves less.
+    os.chmod(BUILD + "/install_manifest.txt", 0)
+    expect("install over an unwritable manifest",
+           run([CMAKE, "--install", BUILD, "--prefix", tmp + "/again"])[::2], (0, b""))
+
+
+COMPLETION_SCRIPT = r"""
+source /usr/share/bash-completion/bash_completion
+cd "$2"
+__load_completion vexa || exit 1
+read -ra COMP_WORDS <<< "$1"
+[[ $1 == *" " ]] && COMP_WORDS+=("")
+COMP_LINE=$1 COMP_POINT=${#1} COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) COMPREPLY=()
+function=$(complete -p vexa) && function=${function#*-F } && ${function%% *} vexa \
+    "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD - 1]}"
+printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort
+"""
+
+
+def check_completion(tmp):
+    """The installed completion, as bash-completion finds it under the prefix's share."""
+    need("bash")
+    if not os.path.exists("/usr/share/bash-completion/bash_completion"):
+        print("SKIP: bash-completion is not installed, so this check cannot run")
+        sys.exit(77)
+    run([CMAKE, "--install", BUILD, "--prefix", tmp + "/prefix"])
+    folder = tmp + "/work"
+    os.makedirs(folder + "/sub")
+    for name in ("Data.FRM", "x.frm", "notes.txt"):
+        open(os.path.join(folder, name), "w").close()
+    env = dict(ENV, XDG_DATA_DIRS=tmp + "/prefix/share", BASH_COMPLETION_USER_DIR=tmp + "/none")
+    files = ["Data.FRM", "notes.txt", "sub", "x.frm"]
+    for line, wanted in (
+            ("vexa ", ["Data.FRM", "base64", "bench", "clear", "comma", "debug", "escape", "exit",
+                       "formula", "gmtime", "help", "hex", "localtime", "md5", "quit", "reset",
+                       "sha1", "sha256", "sub", "unbase64", "unhex", "url_decode", "url_encode",
+                       "uuid", "verify", "x.frm"]),
+            ("vexa sha", ["sha1", "sha256"]), ("vexa D", ["Data.FRM"]), ("vexa n", []),
+            ("vexa 2*3", []), ("vexa sha256 no", ["notes.txt"]), ("vexa escape ", files),
+            ("vexa md5 ", files), ("vexa sha1 ", files), ("vexa base64 ", files),
+            ("vexa unbase64 ", files), ("vexa url_encode ", files), ("vexa url_decode ", files),
+            ("vexa sha256 notes.txt ", []), ("vexa hex ", []), ("vexa x.frm ", []),
+            ("vexa localtime ", []), ("vexa debug o", ["off", "on"]), ("build/vexa url_", ["url_decode", "url_encode"])):
+        status, out, err = run(["bash", "-c", COMPLETION_SCRIPT, "bash", line, folder], env=env)
+        expect("completion of %r" % line, (status, out.decode().split(), err), (0, wanted, b""))
 
 
 def check_man(tmp):
@@ -113,10 +168,11 @@ def check_package(tmp):
     expect("file name", os.path.basename(deb), "vexa_%s_%s.deb" % (VERSION, architecture))
     run(["dpkg-deb", "-x", deb, tmp + "/root"])
     answers_42("packaged usr/bin/vexa", tmp + "/root/usr/bin/vexa")
+    expect("packaged completion", os.path.isfile(tmp + "/root/usr/share/bash-completion/completions/vexa"), True)
 
 
 with tempfile.TemporaryDirectory() as tmp:
-    {"install": check_install, "man": check_man, "examples": check_examples,
+    {"install": check_install, "completion": check_completion, "man": check_man, "examples": check_examples,
      "package": check_package}[CHECK](tmp)
 for failure in failures:
     print("FAIL " + failure)
