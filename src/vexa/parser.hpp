@@ -59,7 +59,7 @@ struct parser {
   bool parse(const std::string& text, double& value);
 
  private:
-  const std::string* text = nullptr;  // the line being parsed, which names point into
+  const std::string* scanned = nullptr;  // the line being parsed, which names point into
 
   bool scan(const std::string& line, double& value);
   bool evaluate(valop* first, std::size_t& count, double& value);
@@ -90,8 +90,8 @@ inline bool is_name_byte(char c) {
 inline std::string parser::name_of(const valop& v) const {
   if (!v.is_name()) return std::string();
   std::size_t size = v.name_size;
-  while (size >= UINT32_MAX && v.name_at + size < text->size() && is_name_byte((*text)[v.name_at + size])) ++size;
-  return text->substr(v.name_at, size);
+  while (size >= UINT32_MAX && v.name_at + size < scanned->size() && is_name_byte((*scanned)[v.name_at + size])) ++size;
+  return scanned->substr(v.name_at, size);
 }
 
 // The operand's number: its own, or its variable's, which it keeps from then on.
@@ -201,7 +201,7 @@ inline bool parser::parse(const std::string& text, double& value) {
 inline bool parser::scan(const std::string& line, double& value) {
   int** next_state = state_table();
   int* classes = class_table();
-  text = &line;
+  scanned = &line;
   error.clear();
   // An operand takes at least one byte and the operator after it another, so
   // one allocation holds them all; pages it never touches cost nothing.
