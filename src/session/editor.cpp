@@ -171,6 +171,32 @@ struct editing_mode {
   }
 };
 
+// Moves the terminal's cursor to column p counted from the prompt's start, the
+// line wrapping at the window's width; CR and a move right when that is unknown.
+static void place_cursor(std::size_t p) {
+  winsize ws;
+  std::size_t columns = ioctl(1, TIOCGWINSZ, &ws) == 0 ? ws.ws_col : 0;
+  if (columns == 0) {
+    std::printf("\r\x1b[%zuC", p);
+    return;
+  }
+  std::printf("\x1b" "8");
+  if (p / columns) std::printf("\x1b[%zuB", p / columns);
+  if (p % columns) std::printf("\x1b[%zuC", p % columns);
+}
+
+// Prints prompt and line again from the prompt's start, blanks over the rest of
+// a longer line printed before (`width` bytes), and the cursor; returns the
+// width printed now.
+static int redraw(const std::string& prompt, const line_editor& e, int width) {
+  std::printf("\x1b" "8");
+  int printed = std::printf("%s%s", prompt.c_str(), e.line.c_str());
+  if (width > printed) std::printf("%*s", width - printed, "");
+  place_cursor(prompt.size() + e.cursor);
+  std::fflush(stdout);
+  return printed;
+}
+
 std::string read_line(const std::string& prompt) {
   if (!isatty(0)) return read_line_lazy(prompt);
   static std::vector<std::string> history;
@@ -196,21 +222,7 @@ std::string read_line(const std::string& prompt) {
     } else if (action == key_action::clear_screen) {
       std::printf("\x1b[2J\x1b[H\x1b" "7");
     }
-    std::printf("\x1b" "8");
-    int printed = std::printf("%s%s", prompt.c_str(), e.line.c_str());
-    if (width > printed) std::printf("%*s", width - printed, "");
-    winsize ws;
-    std::size_t columns = ioctl(1, TIOCGWINSZ, &ws) == 0 ? ws.ws_col : 0;
-    std::size_t p = prompt.size() + e.cursor;
-    if (columns == 0) {
-      std::printf("\r\x1b[%zuC", p);
-    } else {
-      std::printf("\x1b" "8");
-      if (p / columns) std::printf("\x1b[%zuB", p / columns);
-      if (p % columns) std::printf("\x1b[%zuC", p % columns);
-    }
-    std::fflush(stdout);
-    width = printed;
+    width = redraw(prompt, e, width);
   }
 
   std::printf("\x1b" "8%s%s", prompt.c_str(), e.line.c_str());
