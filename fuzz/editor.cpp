@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   for (size_t i = 0; i < size; ++i) {
     key_action action = edit_key(e, data[i], history);
     if (action == key_action::enter) e = line_editor();
-    if (e.cursor < 0 || e.cursor > static_cast<long>(e.line.size()) || e.index >= history.size())
+    if (e.cursor > e.line.size() || e.index >= history.size())
       std::abort();
   }
   return 0;

@@ -23,16 +23,16 @@ class calendar {
     if (!(std::fabs(t) < 1e17) || !split(t, f)) return "out of range";
 
     std::string text;
-    bool directive = false;
+    bool after_percent = false;
     for (char c : pattern) {
-      if (!directive) {
-        if (c == '%') directive = true;
+      if (!after_percent) {
+        if (c == '%') after_percent = true;
         else text += c;
         continue;
       }
       // After "%%" nothing is remembered, so a following "%" opens a new directive;
       // after any other directive byte, that byte is remembered and is not a "%".
-      directive = false;
+      after_percent = false;
       for (const auto& d : directives())
         if (d.letter == c) d.write(f, text);
     }

@@ -7,6 +7,7 @@
 #include "session/bench.hpp"
 #include "session/commands.hpp"
 #include "session/formula.hpp"
+#include "session/words.hpp"
 #include "vexa/parser.hpp"
 
 static void print_help(const vexa::context& ctx) {
@@ -92,9 +93,7 @@ static const command commands_table[] = {
 
 bool run_line(const std::string& line) {
   static vexa::parser parser;
-  size_t blank = line.find(' ');
-  std::string word = line.substr(0, blank);
-  std::string args = blank == std::string::npos ? std::string() : line.substr(blank + 1);
+  auto [word, args] = cut_at_first_blank(line);
 
   if (line.empty()) return true;
   if (line == "quit" || line == "exit") {

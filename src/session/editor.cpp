@@ -35,12 +35,12 @@ enum control_byte : unsigned char {
 };
 
 key_action edit_key(line_editor& e, unsigned char c, const std::vector<std::string>& history) {
-  auto recall = [&](size_t index) {
+  auto recall = [&](std::size_t index) {
     e.index = index;
     e.line = history.empty() ? std::string() : history[index];
-    e.cursor = static_cast<long>(e.line.size());
+    e.cursor = e.line.size();
   };
-  size_t count = history.size();
+  std::size_t count = history.size();
   key_action action = key_action::redraw;
   if (e.escape == "\x1b") {
     e.escape.clear();
@@ -53,36 +53,35 @@ key_action edit_key(line_editor& e, unsigned char c, const std::vector<std::stri
       case 'A': if (count) recall((e.index + count - 1) % count); break;
       case 'B': if (count) recall((e.index + 1) % count); break;
       case 'C': ++e.cursor; break;
-      case 'D': --e.cursor; break;
+      case 'D': if (e.cursor > 0) --e.cursor; break;
       case 'H': e.cursor = 0; break;
-      case 'F': e.cursor = static_cast<long>(e.line.size()); break;
+      case 'F': e.cursor = e.line.size(); break;
       case '3': e.escape = "\x1b[3"; break;
       default: break;
     }
   } else if (e.escape == "\x1b[3") {
     e.escape.clear();
-    if (c == '~' && e.cursor < static_cast<long>(e.line.size()))
-      e.line.erase(static_cast<size_t>(e.cursor), 1);
+    if (c == '~' && e.cursor < e.line.size()) e.line.erase(e.cursor, 1);
   } else {
     switch (c) {
       case ctrl_a: e.cursor = 0; break;
       case ctrl_c: action = key_action::interrupt; break;
-      case ctrl_e: e.cursor = static_cast<long>(e.line.size()); break;
+      case ctrl_e: e.cursor = e.line.size(); break;
       case line_feed: case carriage_return: return key_action::enter;
       case ctrl_l: action = key_action::clear_screen; break;
       case ctrl_z: action = key_action::suspend; break;
       case escape_byte: e.escape = "\x1b"; break;
       case backspace:
-        if (e.cursor > 0) e.line.erase(static_cast<size_t>(--e.cursor), 1);
+        if (e.cursor > 0) e.line.erase(--e.cursor, 1);
         break;
       default:
-        e.line.insert(static_cast<size_t>(e.cursor), 1, static_cast<char>(c));
+        e.line.insert(e.cursor, 1, static_cast<char>(c));
         ++e.cursor;
     }
   }
   if (!e.escape.empty()) return key_action::pending;
-  if (e.cursor < 0) e.cursor = 0;
-  if (e.cursor > static_cast<long>(e.line.size())) e.cursor = static_cast<long>(e.line.size());
+  // Right may have gone past the end, and two Escapes may have emptied the line.
+  if (e.cursor > e.line.size()) e.cursor = e.line.size();
   return action;
 }
 
@@ -172,6 +171,32 @@ struct editing_mode {
   }
 };
 
+// Moves the terminal's cursor to column p counted from the prompt's start, the
+// line wrapping at the window's width; CR and a move right when that is unknown.
+static void place_cursor(std::size_t p) {
+  winsize ws;
+  std::size_t columns = ioctl(1, TIOCGWINSZ, &ws) == 0 ? ws.ws_col : 0;
+  if (columns == 0) {
+    std::printf("\r\x1b[%zuC", p);
+    return;
+  }
+  std::printf("\x1b" "8");
+  if (p / columns) std::printf("\x1b[%zuB", p / columns);
+  if (p % columns) std::printf("\x1b[%zuC", p % columns);
+}
+
+// Prints prompt and line again from the prompt's start, blanks over the rest of
+// a longer line printed before (`width` bytes), and the cursor; returns the
+// width printed now.
+static int redraw(const std::string& prompt, const line_editor& e, int width) {
+  std::printf("\x1b" "8");
+  int printed = std::printf("%s%s", prompt.c_str(), e.line.c_str());
+  if (width > printed) std::printf("%*s", width - printed, "");
+  place_cursor(prompt.size() + e.cursor);
+  std::fflush(stdout);
+  return printed;
+}
+
 std::string read_line(const std::string& prompt) {
   if (!isatty(0)) return read_line_lazy(prompt);
   static std::vector<std::string> history;
@@ -197,21 +222,7 @@ std::string read_line(const std::string& prompt) {
     } else if (action == key_action::clear_screen) {
       std::printf("\x1b[2J\x1b[H\x1b" "7");
     }
-    std::printf("\x1b" "8");
-    int printed = std::printf("%s%s", prompt.c_str(), e.line.c_str());
-    if (width > printed) std::printf("%*s", width - printed, "");
-    winsize ws;
-    int columns = ioctl(1, TIOCGWINSZ, &ws) == 0 ? ws.ws_col : 0;
-    long p = static_cast<long>(prompt.size()) + e.cursor;
-    if (columns == 0) {
-      std::printf("\r\x1b[%ldC", p);
-    } else {
-      std::printf("\x1b" "8");
-      if (p / columns) std::printf("\x1b[%ldB", p / columns);
-      if (p % columns) std::printf("\x1b[%ldC", p % columns);
-    }
-    std::fflush(stdout);
-    width = printed;
+    width = redraw(prompt, e, width);
   }
 
   std::printf("\x1b" "8%s%s", prompt.c_str(), e.line.c_str());

@@ -2,6 +2,7 @@
 // history and screen clearing, or plainly from any other input.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -9,8 +10,8 @@
 // is still being read.
 struct line_editor {
   std::string line;
-  long cursor = 0;
-  size_t index = 0;  // into the history; 0 is the empty entry
+  std::size_t cursor = 0;  // 0 to the line's length, which stands for after its last byte
+  std::size_t index = 0;   // into the history; 0 is the empty entry
   std::string escape;
 };
 

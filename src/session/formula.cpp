@@ -11,6 +11,7 @@
 #include "base/text.hpp"
 #include "session/editor.hpp"
 #include "session/output.hpp"
+#include "session/words.hpp"
 
 const char* formula_help =
     "\n"
@@ -62,10 +63,18 @@ const char* formula_help =
     "Any missing arguments are still prompted. Any extra arguments are ignored.\n"
     "\n";
 
-bool run_formula(const std::string& file, std::string args, vexa::parser& parser) {
-  // Opened once, before anything else happens: a FIFO's writer meets one reader.
-  int fd = base::open_read(file);
-  if (fd < 0) return false;
+namespace {
+
+// What one run of a file works with, for the whole run.
+struct formula_run {
+  const std::string& file;
+  std::deque<double> arguments;  // for the prompt lines, first come first taken
+  vexa::parser& parser;
+};
+
+// Each blank-separated word of the argument text, evaluated; a word that does not
+// evaluate gives its strtod value, silently.
+std::deque<double> argument_values(const std::string& args, vexa::parser& parser) {
   std::deque<double> arguments;
   for (size_t i = 0; i < args.size();) {
     size_t end = args.find(' ', i);
@@ -78,54 +87,75 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
     }
     i = end + 1;
   }
+  return arguments;
+}
 
+// A print line's text with its references put in: "&name" puts in a value; a
+// reference runs to the next blank, and one that fails to evaluate stays in the
+// text as written.
+std::string with_values(const std::string& operand, vexa::parser& parser) {
+  std::string out;
+  double value;
+  for (size_t i = 0; i < operand.size();) {
+    if (operand[i] != '&') {
+      out += operand[i++];
+      continue;
+    }
+    size_t end = operand.find(' ', i + 1);
+    if (end == std::string::npos) end = operand.size();
+    if (parser.parse(operand.substr(i + 1, end - i - 1), value)) {
+      out += base::num(value);
+      i = end;
+    } else {
+      out += operand[i++];
+    }
+  }
+  return out;
+}
+
+// An expression of line `number` that failed: the parser's message, then the run goes on.
+void report_error(const formula_run& run, unsigned number) {
+  std::printf("%s, line %d: %s\n", run.file.c_str(), static_cast<int>(number), run.parser.error.c_str());
+}
+
+// One line of the file: skipped when blank or a comment, else a prompt, show or
+// print line by its first word, or an expression.
+void run_formula_line(formula_run& run, const std::string& text, unsigned number) {
+  std::string line = base::trim(text);
+  if (line.empty() || line[0] == '#') return;
+  auto [keyword, operand] = cut_at_first_blank(line);
+  vexa::parser& parser = run.parser;
+  double value;
+  if (keyword == "prompt") {
+    if (!run.arguments.empty()) {
+      value = run.arguments.front();
+      run.arguments.pop_front();
+    } else {
+      value = std::strtod(read_line(operand + " = ? ").c_str(), nullptr);
+    }
+    vexa::bind_variable(parser.ctx, operand, value);
+  } else if (keyword == "show") {
+    if (parser.parse(operand, value)) std::printf("%s = %g\n", operand.c_str(), value);
+    else report_error(run, number);
+  } else if (keyword == "print") {
+    std::puts(with_values(operand, parser).c_str());
+  } else if (!parser.parse(line, value)) {
+    report_error(run, number);
+  }
+}
+
+}  // namespace
+
+bool run_formula(const std::string& file, std::string args, vexa::parser& parser) {
+  // Opened once, before anything else happens: a FIFO's writer meets one reader.
+  int fd = base::open_read(file);
+  if (fd < 0) return false;
+  formula_run run{file, argument_values(args, parser), parser};
   // The third argument, the line's offset in the file, is not needed here.
   base::for_each_line_of(fd, [&](const std::string& text, unsigned number, uint64_t) {
     // Output that can no longer be written ends the file as it ends the session.
     if (output::failed()) return false;
-    std::string line = base::trim(text);
-    if (line.empty() || line[0] == '#') return true;
-    size_t blank = line.find(' ');
-    std::string keyword = line.substr(0, blank);
-    std::string operand = blank == std::string::npos ? std::string() : line.substr(blank + 1);
-    auto report = [&] {
-      std::printf("%s, line %d: %s\n", file.c_str(), static_cast<int>(number),
-                  parser.error.c_str());
-    };
-    double value;
-    if (keyword == "prompt") {
-      if (!arguments.empty()) {
-        value = arguments.front();
-        arguments.pop_front();
-      } else {
-        value = std::strtod(read_line(operand + " = ? ").c_str(), nullptr);
-      }
-      vexa::bind_variable(parser.ctx, operand, value);
-    } else if (keyword == "show") {
-      if (parser.parse(operand, value)) std::printf("%s = %g\n", operand.c_str(), value);
-      else report();
-    } else if (keyword == "print") {
-      // "&name" puts in a value; a reference runs to the next blank, and one that
-      // fails to evaluate stays in the text as written.
-      std::string out;
-      for (size_t i = 0; i < operand.size();) {
-        if (operand[i] != '&') {
-          out += operand[i++];
-          continue;
-        }
-        size_t end = operand.find(' ', i + 1);
-        if (end == std::string::npos) end = operand.size();
-        if (parser.parse(operand.substr(i + 1, end - i - 1), value)) {
-          out += base::num(value);
-          i = end;
-        } else {
-          out += operand[i++];
-        }
-      }
-      std::puts(out.c_str());
-    } else if (!parser.parse(line, value)) {
-      report();
-    }
+    run_formula_line(run, text, number);
     return true;
   });
   close(fd);

@@ -22,33 +22,10 @@
 
 #include "vexa/arithmetic.hpp"
 #include "vexa/context.hpp"
+#include "vexa/expression.hpp"
 #include "vexa/tables.hpp"
 
 namespace vexa {
-
-// One operand and the operator written after it (0 when none follows). An
-// identifier not yet resolved is a piece of the line's text, not a copy: an
-// operand costs 16 bytes, so a long line needs little more memory than itself.
-struct valop {
-  union {
-    double value;      // when name_size is 0
-    uint64_t name_at;  // otherwise: where the name starts in the line
-  };
-  uint32_t name_size;  // UINT32_MAX: at least that long, measured again on use
-  char op;
-
-  static valop number(double v) {
-    valop o;
-    o.value = v;
-    o.name_size = 0;
-    o.op = 0;
-    return o;
-  }
-  bool is_name() const { return name_size != 0; }
-};
-
-// The operands of a line: those of every open group, the innermost last.
-using expression = std::vector<valop>;
 
 struct parser {
   context ctx;
@@ -59,9 +36,21 @@ struct parser {
   bool parse(const std::string& text, double& value);
 
  private:
-  const std::string* text = nullptr;  // the line being parsed, which names point into
+  const std::string* scanned = nullptr;  // the line being parsed, which names point into
+
+  // What a scan has built so far: the operands of every open group, the innermost
+  // last; where each group's operands begin, the line's own first; and where the
+  // number or name being read began.
+  struct partial_line {
+    expression operands;
+    std::vector<std::size_t> groups;
+    std::size_t number_start = 0, name_start = 0;
+  };
 
   bool scan(const std::string& line, double& value);
+  bool take_step(partial_line& p, int state, int next, std::size_t i, unsigned char c);
+  bool close_group(partial_line& p, std::size_t i);
+  bool fail_at(const char* format, std::size_t i, unsigned char c);
   bool evaluate(valop* first, std::size_t& count, double& value);
   std::string name_of(const valop& v) const;
   bool resolve(valop& v, double& result, const char* follow_on_line);
@@ -90,8 +79,8 @@ inline bool is_name_byte(char c) {
 inline std::string parser::name_of(const valop& v) const {
   if (!v.is_name()) return std::string();
   std::size_t size = v.name_size;
-  while (size >= UINT32_MAX && v.name_at + size < text->size() && is_name_byte((*text)[v.name_at + size])) ++size;
-  return text->substr(v.name_at, size);
+  while (size >= UINT32_MAX && v.name_at + size < scanned->size() && is_name_byte((*scanned)[v.name_at + size])) ++size;
+  return scanned->substr(v.name_at, size);
 }
 
 // The operand's number: its own, or its variable's, which it keeps from then on.
@@ -198,83 +187,92 @@ inline bool parser::parse(const std::string& text, double& value) {
   }
 }
 
+// Runs the automaton over the line, the end read as one trailing blank that ends
+// any open token, and evaluates what is left at the end.
 inline bool parser::scan(const std::string& line, double& value) {
   int** next_state = state_table();
   int* classes = class_table();
-  text = &line;
+  scanned = &line;
   error.clear();
   // An operand takes at least one byte and the operator after it another, so
   // one allocation holds them all; pages it never touches cost nothing.
-  expression operands;
-  operands.reserve(line.size() / 2 + 2);
-  std::vector<std::size_t> groups;  // where each open group's operands begin; the line's first
-  groups.reserve(static_cast<std::size_t>(std::count(line.begin(), line.end(), '(')) + 1);
-  groups.push_back(0);
-  std::size_t number_start = 0, name_start = 0;
-
-  // Positioned messages keep every byte, a NUL included, and their own line feed.
-  auto positioned = [&](const char* format, std::size_t i, unsigned char c) {
-    char buf[80];
-    int n = std::snprintf(buf, sizeof buf, format, static_cast<int>(i), c);
-    return fail(std::string(buf, static_cast<std::size_t>(n)));
-  };
+  partial_line p;
+  p.operands.reserve(line.size() / 2 + 2);
+  p.groups.reserve(static_cast<std::size_t>(std::count(line.begin(), line.end(), '(')) + 1);
+  p.groups.push_back(0);
 
   int state = start;
   for (std::size_t i = 0; i <= line.size(); ++i) {
-    // The end of the text reads as one trailing blank, which ends any open token.
     unsigned char c = i < line.size() ? static_cast<unsigned char>(line[i]) : ' ';
     int k = classes[c];
-    if (k == illegal) return positioned("Illegal character at position %d: '%c'\n", i, c);
+    if (k == illegal) return fail_at("Illegal character at position %d: '%c'\n", i, c);
     int next = next_state[state][k];
     if (debug) std::printf("[%d][%d](%c) = %d\n", state, k, c, next);
-    if (next == reject) return positioned("Unexpected character at position %d: '%c'\n", i, c);
-
-    bool in_number = state >= sign && state <= fraction;
-    if (next >= sign && next <= fraction) {
-      if (!in_number) number_start = i;
-      state = next;
-      continue;
-    }
-    if (state == integer || state == fraction)
-      operands.push_back(valop::number(number_value(line.c_str() + number_start, i - number_start)));
-    if (next == in_name) {
-      if (state != in_name) name_start = i;
-    } else if (state == in_name) {
-      valop name = valop::number(0);
-      name.name_at = name_start;
-      name.name_size = static_cast<uint32_t>(std::min<std::size_t>(i - name_start, UINT32_MAX));
-      operands.push_back(name);
-    }
-
-    if ((next == after_operator && state != after_operator) || (next == after_assign && state != after_assign)) {
-      operands.back().op = static_cast<char>(c);
-    } else if (next == after_open) {
-      groups.push_back(operands.size());
-    } else if (next == after_close) {
-      if (groups.size() == 1) return positioned("Unmatched right-parenthesis at: %d\n", i, c);
-      std::size_t first = groups.back(), count = operands.size() - first;
-      groups.pop_back();
-      double v;
-      if (!evaluate(operands.data() + first, count, v))
-        return follow_on("\nFailed to evaluate parenthetical expression.");
-      operands.resize(first);
-      // A group right after a name that has no operator is a function's argument.
-      if (operands.size() > groups.back() && operands.back().op == 0 && operands.back().is_name()) {
-        std::string function = name_of(operands.back());
-        operands.pop_back();
-        context::iterator found = ctx.find(function);
-        if (found == ctx.end()) return fail("Unknown identifier: " + function);
-        if (!found->second->function) return fail("Identifier is not a function: " + function);
-        v = found->second->function(v);
-      }
-      operands.push_back(valop::number(v));
-    }
+    if (next == reject) return fail_at("Unexpected character at position %d: '%c'\n", i, c);
+    if (!take_step(p, state, next, i, c)) return false;
     state = next;
   }
 
-  if (groups.size() != 1) return fail("Input does not evaluate to a single expression.");
-  std::size_t count = operands.size();
-  return evaluate(operands.data(), count, value);
+  if (p.groups.size() != 1) return fail("Input does not evaluate to a single expression.");
+  std::size_t count = p.operands.size();
+  return evaluate(p.operands.data(), count, value);
+}
+
+// What the step from `state` to `next` on byte c at position i does to the
+// operands: ends a number or a name, stores an operator, opens or closes a group.
+inline bool parser::take_step(partial_line& p, int state, int next, std::size_t i, unsigned char c) {
+  bool in_number = state >= sign && state <= fraction;
+  if (next >= sign && next <= fraction) {
+    if (!in_number) p.number_start = i;
+    return true;
+  }
+  if (state == integer || state == fraction)
+    p.operands.push_back(valop::number(number_value(scanned->c_str() + p.number_start, i - p.number_start)));
+  if (next == in_name) {
+    if (state != in_name) p.name_start = i;
+  } else if (state == in_name) {
+    valop name = valop::number(0);
+    name.name_at = p.name_start;
+    name.name_size = static_cast<uint32_t>(std::min<std::size_t>(i - p.name_start, UINT32_MAX));
+    p.operands.push_back(name);
+  }
+
+  if ((next == after_operator && state != after_operator) || (next == after_assign && state != after_assign))
+    p.operands.back().op = static_cast<char>(c);
+  else if (next == after_open)
+    p.groups.push_back(p.operands.size());
+  else if (next == after_close)
+    return close_group(p, i);
+  return true;
+}
+
+// The ")" at position i: the innermost group is evaluated and enters its parent
+// as one number, through the function whose name it directly follows, if any.
+inline bool parser::close_group(partial_line& p, std::size_t i) {
+  if (p.groups.size() == 1) return fail_at("Unmatched right-parenthesis at: %d\n", i, ')');
+  std::size_t first = p.groups.back(), count = p.operands.size() - first;
+  p.groups.pop_back();
+  double v;
+  if (!evaluate(p.operands.data() + first, count, v))
+    return follow_on("\nFailed to evaluate parenthetical expression.");
+  p.operands.resize(first);
+  if (p.operands.size() > p.groups.back() && p.operands.back().op == 0 && p.operands.back().is_name()) {
+    std::string function = name_of(p.operands.back());
+    p.operands.pop_back();
+    context::iterator found = ctx.find(function);
+    if (found == ctx.end()) return fail("Unknown identifier: " + function);
+    if (!found->second->function) return fail("Identifier is not a function: " + function);
+    v = found->second->function(v);
+  }
+  p.operands.push_back(valop::number(v));
+  return true;
+}
+
+// Positioned messages keep every byte, a NUL included, and their own line feed.
+inline bool parser::fail_at(const char* format, std::size_t i, unsigned char c) {
+  char buf[80];
+  int n = std::snprintf(buf, sizeof buf, format, static_cast<int>(i), c);
+  return fail(std::string(buf, static_cast<std::size_t>(n)));
 }
 
 }  // namespace vexa
