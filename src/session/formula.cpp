@@ -65,6 +65,11 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
   // Opened once, before anything else happens: a FIFO's writer meets one reader.
   int fd = base::open_read(file);
   if (fd < 0) return false;
+  // Closed however the run ends: running out of memory ends it with an exception.
+  struct closer {
+    int fd;
+    ~closer() { close(fd); }
+  } closing{fd};
   std::deque<double> arguments;
   for (size_t i = 0; i < args.size();) {
     size_t end = args.find(' ', i);
@@ -117,6 +122,10 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
         if (parser.parse(operand.substr(i + 1, end - i - 1), value)) {
           out += base::num(value);
           i = end;
+        } else if (parser.error == vexa::out_of_memory) {
+          // Printed with the reference as written, the line would look right.
+          report();
+          return true;
         } else {
           out += operand[i++];
         }
@@ -127,6 +136,5 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
     }
     return true;
   });
-  close(fd);
   return true;
 }

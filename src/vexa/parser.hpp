@@ -26,6 +26,10 @@
 
 namespace vexa {
 
+// The message of a line that ran out of memory: not an error of the line itself,
+// so whoever evaluates on the user's behalf must pass it on.
+constexpr char out_of_memory[] = "Out of memory";
+
 // One operand and the operator written after it (0 when none follows). An
 // identifier not yet resolved is a piece of the line's text, not a copy: an
 // operand costs 16 bytes, so a long line needs little more memory than itself.
@@ -194,7 +198,7 @@ inline bool parser::parse(const std::string& text, double& value) {
   try {
     return scan(text, value);
   } catch (const std::bad_alloc&) {
-    return fail("Out of memory");
+    return fail(out_of_memory);
   }
 }
 
