@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <new>
 
 #include "base/file.hpp"
 #include "base/text.hpp"
@@ -77,7 +78,11 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
     if (end > i) {
       std::string word = args.substr(i, end - i);
       double value;
-      if (!parser.parse(word, value)) value = std::strtod(word.c_str(), nullptr);
+      if (!parser.parse(word, value)) {
+        // Out of memory leaves the argument's value unknown, not that of its text.
+        if (parser.error == vexa::out_of_memory) throw std::bad_alloc();
+        value = std::strtod(word.c_str(), nullptr);
+      }
       arguments.push_back(value);
     }
     i = end + 1;
