@@ -21,7 +21,10 @@ print b is &b and a is &a , so c is &c
 show q
 x = 1 +
 print total: &c. (&c) & &y
+print end of f.frm
 """
+# The lines of FORMULA that evaluate something.
+EVALUATING_LINES = {4, 5, 6, 7, 8, 9}
 
 SESSION = [
     'x = 2 * sin(pi / 4) + 1', 'x = x ^ 2 + 4!2 - 7 % 3 / 2', '(1 + q', 'debug on',
@@ -98,6 +101,11 @@ def normal(out):
     """Output with what changes from run to run (a UUID, verify's timing) masked."""
     out = re.sub(rb'[0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12}', b'UUID', out)
     return re.sub(rb'~\d+ (seconds|hashes per second)', rb'~N \1', out)
+
+
+def prompts(out):
+    """The number of prompts in a session's output."""
+    return sum(len(m.group()) // 2 for m in re.finditer(rb'(?m)^(?:> )+', out))
 
 
 def says_out_of_memory(out, expected):
