@@ -268,17 +268,17 @@ def syscalls(vexa, strace, folder):
         found = set()
         with tempfile.TemporaryDirectory(prefix='vexa-short-') as other:
             make_folder(other)
-            for input in inputs:
-                with open(os.path.join(folder, input), 'rb') as f:
+            for name in inputs:
+                with open(os.path.join(folder, name), 'rb') as f:
                     content = f.read()
                 for cut in range(0, len(content), 1 << 16):
                     for rest in (b'', bytes(len(content) - cut)):
-                        with open(os.path.join(other, input), 'wb') as f:
+                        with open(os.path.join(other, name), 'wb') as f:
                             f.write(content[:cut] + rest)
                         found.add(run(command, other, stdin)[1])
-                os.remove(os.path.join(other, input))
-                found.add(run(command, other, None if input == stdin else stdin)[1])
-                with open(os.path.join(other, input), 'wb') as f:
+                os.remove(os.path.join(other, name))
+                found.add(run(command, other, None if name == stdin else stdin)[1])
+                with open(os.path.join(other, name), 'wb') as f:
                     f.write(content)
         return found
 
