@@ -8,11 +8,12 @@
 #include "session/editor.hpp"
 #include "session/output.hpp"
 
-// A line that needs more memory than there is fails as a line that does not
-// evaluate does, and the session goes on.
-static bool run_line_within_memory(const std::string& line) {
+// A line that needs more memory than there is, whether to read, to join or to
+// run, fails as a line that does not evaluate does, and the session goes on.
+template <class Step>
+static bool within_memory(Step step) {
   try {
-    return run_line(line);
+    return step();
   } catch (const std::bad_alloc&) {
     std::puts("Out of memory");
     return true;
@@ -22,9 +23,11 @@ static bool run_line_within_memory(const std::string& line) {
 int main(int argc, char** argv) {
   output::install();
   if (argc > 1) {
-    std::string line = argv[1];
-    for (int i = 2; i < argc; ++i) line += std::string(" ") + argv[i];
-    run_line_within_memory(line);
+    within_memory([&] {
+      std::string line = argv[1];
+      for (int i = 2; i < argc; ++i) line.append(" ").append(argv[i]);
+      return run_line(line);
+    });
     return 0;
   }
   std::puts("Type 'help' for help.\n");
@@ -32,14 +35,7 @@ int main(int argc, char** argv) {
   // error indicator rather than end of file; it ends the session all the same,
   // as does output that can no longer be written.
   while (!std::feof(stdin) && !std::ferror(stdin) && !terminal_ended() && !output::failed()) {
-    std::string line;
-    try {
-      line = read_line("> ");
-    } catch (const std::bad_alloc&) {
-      std::puts("Out of memory");
-      continue;
-    }
-    if (!run_line_within_memory(line)) break;
+    if (!within_memory([] { return run_line(read_line("> ")); })) break;
   }
   return 0;
 }

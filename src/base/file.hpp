@@ -29,11 +29,11 @@ constexpr std::size_t block_size = 3 << 18;
 constexpr std::size_t page_size = 4096;
 
 // A descriptor that another program made non-blocking reports EAGAIN when it has
-// nothing yet; that means wait, never the end of the data.
+// nothing yet; that means wait, never the end of the data. Every caller tries
+// its call again after the wait, so a wait cut short by a signal needs no retry.
 inline void wait_until_ready(int fd, short events) {
   pollfd ready = {fd, events, 0};
-  while (poll(&ready, 1, -1) < 0 && errno == EINTR) {
-  }
+  poll(&ready, 1, -1);
 }
 
 // Reads up to n bytes, waiting through EINTR and EAGAIN; 0 only at the end of the

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <new>
 
 #include "base/file.hpp"
 #include "base/text.hpp"
@@ -82,7 +83,11 @@ std::deque<double> argument_values(const std::string& args, vexa::parser& parser
     if (end > i) {
       std::string word = args.substr(i, end - i);
       double value;
-      if (!parser.parse(word, value)) value = std::strtod(word.c_str(), nullptr);
+      if (!parser.parse(word, value)) {
+        // Out of memory leaves the argument's value unknown, not that of its text.
+        if (parser.error == vexa::out_of_memory) throw std::bad_alloc();
+        value = std::strtod(word.c_str(), nullptr);
+      }
       arguments.push_back(value);
     }
     i = end + 1;
@@ -92,9 +97,9 @@ std::deque<double> argument_values(const std::string& args, vexa::parser& parser
 
 // A print line's text with its references put in: "&name" puts in a value; a
 // reference runs to the next blank, and one that fails to evaluate stays in the
-// text as written.
-std::string with_values(const std::string& operand, vexa::parser& parser) {
-  std::string out;
+// text as written. False when a reference ran out of memory: printed with that
+// reference as written, the line would look right.
+bool with_values(const std::string& operand, vexa::parser& parser, std::string& out) {
   double value;
   for (size_t i = 0; i < operand.size();) {
     if (operand[i] != '&') {
@@ -106,11 +111,13 @@ std::string with_values(const std::string& operand, vexa::parser& parser) {
     if (parser.parse(operand.substr(i + 1, end - i - 1), value)) {
       out += base::num(value);
       i = end;
+    } else if (parser.error == vexa::out_of_memory) {
+      return false;
     } else {
       out += operand[i++];
     }
   }
-  return out;
+  return true;
 }
 
 // An expression of line `number` that failed: the parser's message, then the run goes on.
@@ -138,7 +145,9 @@ void run_formula_line(formula_run& run, const std::string& text, unsigned number
     if (parser.parse(operand, value)) std::printf("%s = %g\n", operand.c_str(), value);
     else report_error(run, number);
   } else if (keyword == "print") {
-    std::puts(with_values(operand, parser).c_str());
+    std::string out;
+    if (with_values(operand, parser, out)) std::puts(out.c_str());
+    else report_error(run, number);
   } else if (!parser.parse(line, value)) {
     report_error(run, number);
   }
@@ -150,6 +159,11 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
   // Opened once, before anything else happens: a FIFO's writer meets one reader.
   int fd = base::open_read(file);
   if (fd < 0) return false;
+  // Closed however the run ends: running out of memory ends it with an exception.
+  struct closer {
+    int fd;
+    ~closer() { close(fd); }
+  } closing{fd};
   formula_run run{file, argument_values(args, parser), parser};
   // The third argument, the line's offset in the file, is not needed here.
   base::for_each_line_of(fd, [&](const std::string& text, unsigned number, uint64_t) {
@@ -158,6 +172,5 @@ bool run_formula(const std::string& file, std::string args, vexa::parser& parser
     run_formula_line(run, text, number);
     return true;
   });
-  close(fd);
   return true;
 }

@@ -80,7 +80,9 @@ class spool {
     append(p, n);
   }
 
-  // Prints the file's part, then the memory's; false once printing fails.
+  // Prints the file's part, then the memory's; false once printing fails. A file
+  // that cannot be read back ends the bytes there, as a short read of the input
+  // would, and nothing after the gap is printed.
   bool copy_to(std::FILE* out) {
     if (written > 0) {
       base::block_buffer bytes(block);
@@ -88,7 +90,7 @@ class spool {
         std::size_t want = written - at < block ? static_cast<std::size_t>(written - at) : block;
         ssize_t got = pread(fileno(file), bytes.data, want, static_cast<off_t>(at));
         if (got < 0 && errno == EINTR) continue;
-        if (got <= 0) return false;  // an unnamed file that cannot be read back
+        if (got <= 0) return true;
         if (!put(bytes.data, static_cast<std::size_t>(got), out)) return false;
         at += static_cast<uint64_t>(got);
       }

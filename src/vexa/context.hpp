@@ -22,8 +22,9 @@ struct context : std::map<std::string, identifier*> {
   context& operator=(const context&) = delete;
   virtual ~context() { release(); }
 
+  // The new names are made in full before the old ones go: running out of memory
+  // here leaves the table as it was, and the evaluator needs "ans" and "time".
   void reset() {
-    release();
     using fn = double (*)(double);
     const struct {
       const char* name;
@@ -46,7 +47,20 @@ struct context : std::map<std::string, identifier*> {
         {"sqrt", 0.0, std::sqrt},
         {"exp", 0.0, from_c_library<std::exp>},
     };
-    for (const auto& b : builtins) (*this)[b.name] = new identifier{b.value, b.function};
+    struct owning_map : std::map<std::string, identifier*> {
+      ~owning_map() {
+        for (auto& entry : *this) delete entry.second;
+      }
+    };
+    // On the heap: GCC 12 takes a swap with a local map for a dangling pointer.
+    std::unique_ptr<owning_map> fresh(new owning_map);
+    for (const auto& b : builtins) {
+      std::unique_ptr<identifier> made(new identifier{b.value, b.function});
+      fresh->emplace(b.name, made.get());
+      made.release();
+    }
+    release();
+    swap(*fresh);
   }
 
  private:

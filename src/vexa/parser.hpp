@@ -27,6 +27,10 @@
 
 namespace vexa {
 
+// The message of a line that ran out of memory: not an error of the line itself,
+// so whoever evaluates on the user's behalf must pass it on.
+constexpr char out_of_memory[] = "Out of memory";
+
 struct parser {
   context ctx;
   std::string error;
@@ -183,7 +187,7 @@ inline bool parser::parse(const std::string& text, double& value) {
   try {
     return scan(text, value);
   } catch (const std::bad_alloc&) {
-    return fail("Out of memory");
+    return fail(out_of_memory);
   }
 }
 
