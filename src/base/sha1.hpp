@@ -1,68 +1,20 @@
-// SHA-1 (FIPS 180-4): the digest of bytes, streamed or of one string, through
-// the CPU's SHA instructions where it has them.
+// SHA-1 (FIPS 180-4): the 20-byte digest of bytes, streamed or of one string.
 #pragma once
 
-#include "base/arm/sha.hpp"
-#include "base/cpu.hpp"
+#include <string>
+
+#include "base/chooser.hpp"
 #include "base/digest_context.hpp"
-#include "base/sha_constants.hpp"
-#include "base/x86/sha.hpp"
 
 namespace base {
 
-inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
-  for (; count > 0; --count, p += 64) {
-    uint32_t w[80];
-    for (int t = 0; t < 16; ++t) w[t] = read_be32(p + 4 * t);
-    // w[t-3] is carried in w3, w2, w1: as a plain array loop the compiler
-    // vectorises this into loads overlapping the stores just made, which stall
-    // and cost half the digest's speed.
-    uint32_t w3 = w[13], w2 = w[14], w1 = w[15];
-    for (int t = 16; t < 80; ++t) {
-      w[t] = rotl32(w3 ^ w[t - 8] ^ w[t - 14] ^ w[t - 16], 1);
-      w3 = w2;
-      w2 = w1;
-      w1 = w[t];
-    }
-    uint32_t a = state[0], b = state[1], c = state[2], d = state[3], e = state[4];
-    auto step = [&](uint32_t f, uint32_t k, uint32_t word) {
-      uint32_t next = rotl32(a, 5) + f + e + k + word;
-      e = d;
-      d = c;
-      c = rotl32(b, 30);
-      b = a;
-      a = next;
-    };
-    // Unrolled by the compiler, the step loops keep a..e in registers with no moves.
-#pragma GCC unroll 20
-    for (int t = 0; t < 20; ++t) step((b & c) ^ (~b & d), sha1_k[0], w[t]);       // Ch
-#pragma GCC unroll 20
-    for (int t = 20; t < 40; ++t) step(b ^ c ^ d, sha1_k[1], w[t]);                // Parity
-#pragma GCC unroll 20
-    for (int t = 40; t < 60; ++t) step((b & c) ^ (b & d) ^ (c & d), sha1_k[2], w[t]);  // Maj
-#pragma GCC unroll 20
-    for (int t = 60; t < 80; ++t) step(b ^ c ^ d, sha1_k[3], w[t]);                // Parity
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
-    state[4] += e;
-  }
-}
-
-inline void sha1_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
-#if defined(VEXA_X86_SHA)
-  if (cpu::has(&cpu::features::x86_sha)) return x86::sha1_blocks(p, count, state);
-#elif defined(VEXA_ARM_SHA)
-  if (cpu::has(&cpu::features::arm_sha1)) return arm::sha1_blocks(p, count, state);
-#endif
-  sha1_blocks_portable(p, count, state);
-}
-
-struct sha1_context : digest_context<sha1_blocks, 5, true> {
-  sha1_context() : digest_context({0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0}) {}
+struct sha1_context : digest_context {
+  sha1_context();
 };
 
-inline std::string sha1(const std::string& input) { return digest_of<sha1_context>(input); }
+std::string sha1(const std::string& input);
+
+// The block compressions: "sha-ni" (x86-64), "armv8" (arm64), "portable".
+chooser<block_function>& sha1_implementations();
 
 }  // namespace base

@@ -1,0 +1,68 @@
+#include "base/sha256.hpp"
+
+#include "base/arm/kernels.hpp"
+#include "base/sha_constants.hpp"
+#include "base/x86/kernels.hpp"
+
+namespace base {
+
+namespace {
+
+void sha256_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
+  for (; count > 0; --count, p += 64) {
+    uint32_t w[64];
+    for (int t = 0; t < 16; ++t) w[t] = read_be32(p + 4 * t);
+    for (int t = 16; t < 64; ++t) {
+      uint32_t s0 = rotr32(w[t - 15], 7) ^ rotr32(w[t - 15], 18) ^ (w[t - 15] >> 3);
+      uint32_t s1 = rotr32(w[t - 2], 17) ^ rotr32(w[t - 2], 19) ^ (w[t - 2] >> 10);
+      w[t] = s1 + w[t - 7] + s0 + w[t - 16];
+    }
+    uint32_t a = state[0], b = state[1], c = state[2], d = state[3];
+    uint32_t e = state[4], f = state[5], g = state[6], h = state[7];
+    // Unrolled by the compiler, the moves below vanish: each round renames.
+#pragma GCC unroll 64
+    for (int t = 0; t < 64; ++t) {
+      uint32_t t1 = h + (rotr32(e, 6) ^ rotr32(e, 11) ^ rotr32(e, 25)) + ((e & f) ^ (~e & g)) + sha256_k[t] + w[t];
+      uint32_t t2 = (rotr32(a, 2) ^ rotr32(a, 13) ^ rotr32(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
+      h = g;
+      g = f;
+      f = e;
+      e = d + t1;
+      d = c;
+      c = b;
+      b = a;
+      a = t1 + t2;
+    }
+    state[0] += a;
+    state[1] += b;
+    state[2] += c;
+    state[3] += d;
+    state[4] += e;
+    state[5] += f;
+    state[6] += g;
+    state[7] += h;
+  }
+}
+
+constexpr uint32_t sha256_initial[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+
+constexpr implementation<block_function> sha256_table[] = {
+#if defined(VEXA_X86_KERNELS)
+    {"sha-ni", x86::sha256_blocks_sha_ni, &cpu::features::sha_ni},
+#endif
+#if defined(VEXA_ARM_KERNELS)
+    {"armv8", arm::sha256_blocks_armv8, &cpu::features::armv8_sha2},
+#endif
+    {"portable", sha256_blocks_portable, nullptr}};
+chooser<block_function> sha256_chooser(sha256_table);
+
+}  // namespace
+
+chooser<block_function>& sha256_implementations() { return sha256_chooser; }
+
+sha256_context::sha256_context() : digest_context(sha256_chooser.get(), sha256_initial, 8, true) {}
+
+std::string sha256(const std::string& input) { return sha256_context().finish_with(input); }
+
+}  // namespace base
