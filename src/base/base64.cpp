@@ -106,6 +106,7 @@ std::size_t unbase64_with(const unsigned char* in, std::size_t groups, char* out
   return static_cast<std::size_t>(o - out) + unbase64_groups_portable(in, groups, o);
 }
 
+// The chooser's table: the implementations in order of preference.
 constexpr implementation<base64_function> encoders[] = {
 #if defined(VEXA_X86_KERNELS)
     {"avx2", base64_encode_with<x86::base64_encode_avx2>, &cpu::features::avx2},
@@ -116,8 +117,10 @@ constexpr implementation<base64_function> encoders[] = {
     {"portable", base64_encode_portable, nullptr}};
 chooser<base64_function> encoder(encoders);
 
+// The chooser's table: the implementations in order of preference.
 constexpr implementation<base64_function> decoders[] = {
 #if defined(VEXA_X86_KERNELS)
+    {"avx512", unbase64_with<x86::unbase64_pieces_avx512, 16>, &cpu::features::avx512},
     {"avx2", unbase64_with<x86::unbase64_pieces_avx2, 8>, &cpu::features::avx2},
 #endif
 #if defined(VEXA_ARM_KERNELS)

@@ -36,8 +36,9 @@ std::string base64(const std::string& bytes);
 // group dropped.
 std::string unbase64(const std::string& text);
 
-// The implementations: "avx2" (x86-64), "neon" (arm64), "portable". The vector
-// ones take whole pieces of plain alphabet, the portable code everything else.
+// The implementations: "avx512" (decoding only), "avx2" (x86-64), "neon"
+// (arm64), "portable". The vector ones take whole pieces of plain alphabet, the
+// portable code everything else.
 using base64_function = std::size_t (*)(const unsigned char* in, std::size_t n, char* out);
 chooser<base64_function>& base64_encode_implementations();
 chooser<base64_function>& unbase64_implementations();  // n counts groups

@@ -22,6 +22,7 @@ bool printable(uint64_t w) {
 
 const byte_codes& escape_codes() {
   static const byte_codes codes = [] {
+    // The named escapes: each byte with its letter.
     static const char named[][2] = {{'"', '"'},  {'\\', '\\'}, {'\b', 'b'}, {'\f', 'f'},
                                     {'\n', 'n'}, {'\r', 'r'},   {'\t', 't'}, {'\0', '0'}};
     byte_codes t;
@@ -53,6 +54,7 @@ std::size_t c_escape_with(const unsigned char* in, std::size_t n, char* out) {
   return encode_bytes(kernel, escape_codes(), in, n, out, printable);
 }
 
+// The chooser's table: the implementations in order of preference.
 constexpr implementation<c_escape_function> escapers[] = {
 #if defined(VEXA_X86_KERNELS)
     {"avx512", c_escape_with<x86::c_escape_avx512>, &cpu::features::avx512},

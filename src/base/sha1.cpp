@@ -50,6 +50,7 @@ void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* s
 
 constexpr uint32_t sha1_initial[5] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
 
+// The chooser's table: the implementations in order of preference.
 constexpr implementation<block_function> sha1_table[] = {
 #if defined(VEXA_X86_KERNELS)
     {"sha-ni", x86::sha1_blocks_sha_ni, &cpu::features::sha_ni},

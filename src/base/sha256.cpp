@@ -47,6 +47,7 @@ void sha256_blocks_portable(const unsigned char* p, std::size_t count, uint32_t*
 constexpr uint32_t sha256_initial[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
                                         0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
 
+// The chooser's table: the implementations in order of preference.
 constexpr implementation<block_function> sha256_table[] = {
 #if defined(VEXA_X86_KERNELS)
     {"sha-ni", x86::sha256_blocks_sha_ni, &cpu::features::sha_ni},

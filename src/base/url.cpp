@@ -87,6 +87,7 @@ std::size_t url_decode_avx2(const unsigned char* in, std::size_t n, bool last, b
 }
 #endif
 
+// The chooser's table: the implementations in order of preference.
 constexpr implementation<url_encode_function> encoders[] = {
 #if defined(VEXA_X86_KERNELS)
     {"avx512", url_encode_with<x86::url_encode_avx512>, &cpu::features::avx512},
@@ -95,6 +96,7 @@ constexpr implementation<url_encode_function> encoders[] = {
     {"portable", url_encode_with<nullptr>, nullptr}};
 chooser<url_encode_function> encoder(encoders);
 
+// The chooser's table: the implementations in order of preference.
 constexpr implementation<url_decode_function> decoders[] = {
 #if defined(VEXA_X86_KERNELS)
     {"avx2", url_decode_avx2, &cpu::features::avx2},

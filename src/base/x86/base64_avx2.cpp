@@ -13,8 +13,9 @@ std::size_t base64_encode_avx2(const unsigned char* in, std::size_t n, char* out
   // which multiplications move the four 6-bit values into their own bytes.
   const __m256i arrange = _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
                                            1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
-  // What to add to a value to make its character, by the index made below:
-  // 0 for 26-51, 1-12 for 52-63, 13 for 0-25.
+  // A lookup table (in each 128-bit lane) indexed as made below, 0 for the
+  // values 26-51, 1-12 for 52-63, 13 for 0-25, that holds what to add to the
+  // value to make its character.
   const __m256i offsets = _mm256_setr_epi8(71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 65, 0, 0,  //
                                            71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 65, 0, 0);
   std::size_t i = 0;

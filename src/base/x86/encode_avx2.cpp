@@ -88,6 +88,8 @@ void hex_digit_lanes(__m256i bytes, const char* digits, __m256i where, __m256i& 
 // bit c >> 4 of kept_rows[c & 15] is set (from 128 up, c >> 4 finds no bit).
 __m256i changed(__m256i c, __m128i kept_rows) {
   const __m256i low = _mm256_set1_epi8(15);
+  // A lookup table (in each 128-bit lane) indexed by h, c >> 4, that holds the
+  // bit of kept_rows for byte c: 1 << h below 8, none above.
   const __m256i bit = _mm256_setr_epi8(1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0,  //
                                        1, 2, 4, 8, 16, 32, 64, -128, 0, 0, 0, 0, 0, 0, 0, 0);
   __m256i row = _mm256_shuffle_epi8(_mm256_broadcastsi128_si256(kept_rows), _mm256_and_si256(c, low));

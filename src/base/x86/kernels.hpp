@@ -23,6 +23,10 @@ void sha256_blocks_sha_ni(const unsigned char* p, std::size_t count, uint32_t* s
 std::size_t base64_encode_avx2(const unsigned char* in, std::size_t n, char* out);
 std::size_t unbase64_pieces_avx2(const unsigned char* in, std::size_t pieces, char* out);
 
+// base64_avx512.cpp: decodes as unbase64_pieces_avx2 does, 64-character pieces
+// (16 groups) each writing 48 bytes.
+std::size_t unbase64_pieces_avx512(const unsigned char* in, std::size_t pieces, char* out);
+
 // encode_avx2.cpp and encode_avx512.cpp: escape and url_encode (byte_codes.hpp).
 std::size_t c_escape_avx2(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes);
 std::size_t url_encode_avx2(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes);
