@@ -1,8 +1,8 @@
-#include "base/md5.hpp"
+// The portable block compression of MD5 (RFC 1321).
+
+#include "base/digest.hpp"
 
 namespace base {
-
-namespace {
 
 void md5_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
   // A lookup table indexed by step k (0 to 63) that holds its constant,
@@ -50,19 +50,5 @@ void md5_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* st
     state[3] += d;
   }
 }
-
-constexpr uint32_t md5_initial[4] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476};
-
-// The chooser's table: the implementations in order of preference.
-constexpr implementation<block_function> md5_table[] = {{"portable", md5_blocks_portable, nullptr}};
-chooser<block_function> md5_chooser(md5_table);
-
-}  // namespace
-
-chooser<block_function>& md5_implementations() { return md5_chooser; }
-
-md5_context::md5_context() : digest_context(md5_chooser.get(), md5_initial, 4, false) {}
-
-std::string md5(const std::string& input) { return md5_context().finish_with(input); }
 
 }  // namespace base

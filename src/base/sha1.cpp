@@ -1,12 +1,10 @@
-#include "base/sha1.hpp"
+// The portable block compression of SHA-1 (FIPS 180-4).
 
-#include "base/arm/kernels.hpp"
+#include "base/digest.hpp"
+
 #include "base/sha_constants.hpp"
-#include "base/x86/kernels.hpp"
 
 namespace base {
-
-namespace {
 
 void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
   for (; count > 0; --count, p += 64) {
@@ -47,26 +45,5 @@ void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* s
     state[4] += e;
   }
 }
-
-constexpr uint32_t sha1_initial[5] = {0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0};
-
-// The chooser's table: the implementations in order of preference.
-constexpr implementation<block_function> sha1_table[] = {
-#if defined(VEXA_X86_KERNELS)
-    {"sha-ni", x86::sha1_blocks_sha_ni, &cpu::features::sha_ni},
-#endif
-#if defined(VEXA_ARM_KERNELS)
-    {"armv8", arm::sha1_blocks_armv8, &cpu::features::armv8_sha1},
-#endif
-    {"portable", sha1_blocks_portable, nullptr}};
-chooser<block_function> sha1_chooser(sha1_table);
-
-}  // namespace
-
-chooser<block_function>& sha1_implementations() { return sha1_chooser; }
-
-sha1_context::sha1_context() : digest_context(sha1_chooser.get(), sha1_initial, 5, true) {}
-
-std::string sha1(const std::string& input) { return sha1_context().finish_with(input); }
 
 }  // namespace base

@@ -1,12 +1,10 @@
-#include "base/sha256.hpp"
+// The portable block compression of SHA-256 (FIPS 180-4).
 
-#include "base/arm/kernels.hpp"
+#include "base/digest.hpp"
+
 #include "base/sha_constants.hpp"
-#include "base/x86/kernels.hpp"
 
 namespace base {
-
-namespace {
 
 void sha256_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
   for (; count > 0; --count, p += 64) {
@@ -43,27 +41,5 @@ void sha256_blocks_portable(const unsigned char* p, std::size_t count, uint32_t*
     state[7] += h;
   }
 }
-
-constexpr uint32_t sha256_initial[8] = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-
-// The chooser's table: the implementations in order of preference.
-constexpr implementation<block_function> sha256_table[] = {
-#if defined(VEXA_X86_KERNELS)
-    {"sha-ni", x86::sha256_blocks_sha_ni, &cpu::features::sha_ni},
-#endif
-#if defined(VEXA_ARM_KERNELS)
-    {"armv8", arm::sha256_blocks_armv8, &cpu::features::armv8_sha2},
-#endif
-    {"portable", sha256_blocks_portable, nullptr}};
-chooser<block_function> sha256_chooser(sha256_table);
-
-}  // namespace
-
-chooser<block_function>& sha256_implementations() { return sha256_chooser; }
-
-sha256_context::sha256_context() : digest_context(sha256_chooser.get(), sha256_initial, 8, true) {}
-
-std::string sha256(const std::string& input) { return sha256_context().finish_with(input); }
 
 }  // namespace base
