@@ -4,8 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "base/arm/kernels.hpp"
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base {
 

@@ -9,13 +9,18 @@
 
 namespace base {
 
-// The lookup tables of one byte-wise code, indexed by byte value. text[c] holds
+// The lookup tables of one byte-wise code, indexed by byte value, and its style:
+// escape's (a backslash and a letter, or \x and two lowercase digits) or
+// url_encode's ("%" and two uppercase digits), which the vector kernels make
+// without the tables. text[c] holds
 // byte c's code, up to four characters, of which size[c] count (1 for a byte
 // kept as it is; no code holds a zero byte). The vector kernels read two tables
 // made from these: kept_rows, where bit h of kept_rows[l] is set when byte
 // 16 * h + l is kept (bytes from 128 up never are), and letters, which holds
 // for each byte below 128 the second character of its two-character code, or 0.
 struct byte_codes {
+  enum style { c_string, percent };
+  style kind;
   char text[256][4];
   uint8_t size[256];
   uint8_t kept_rows[16];

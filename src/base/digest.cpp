@@ -1,7 +1,6 @@
 #include "base/digest.hpp"
 
-#include "base/arm/kernels.hpp"
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base {
 

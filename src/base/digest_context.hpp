@@ -21,6 +21,12 @@ inline uint32_t read_be32(const unsigned char* p) {
   return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | uint32_t(p[3]);
 }
 
+// Adds a block's working words to the state words, as every digest ends a block.
+template <std::size_t N>
+void add_words(uint32_t* state, const uint32_t (&words)[N]) {
+  for (std::size_t i = 0; i < N; ++i) state[i] += words[i];
+}
+
 // Compresses `count` 64-byte blocks at `p` into the state words.
 using block_function = void (*)(const unsigned char* p, std::size_t count, uint32_t* state);
 

@@ -2,7 +2,7 @@
 
 #include "base/byte_codes.hpp"
 #include "base/text.hpp"
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base {
 
@@ -26,6 +26,7 @@ const byte_codes& escape_codes() {
     static const char named[][2] = {{'"', '"'},  {'\\', '\\'}, {'\b', 'b'}, {'\f', 'f'},
                                     {'\n', 'n'}, {'\r', 'r'},   {'\t', 't'}, {'\0', '0'}};
     byte_codes t;
+    t.kind = byte_codes::c_string;
     for (int c = 0; c < 256; ++c) {
       char* text = t.text[c];
       if (c >= 32 && c <= 126) {
@@ -57,8 +58,8 @@ std::size_t c_escape_with(const unsigned char* in, std::size_t n, char* out) {
 // The chooser's table: the implementations in order of preference.
 constexpr implementation<c_escape_function> escapers[] = {
 #if defined(VEXA_X86_KERNELS)
-    {"avx512", c_escape_with<x86::c_escape_avx512>, &cpu::features::avx512},
-    {"avx2", c_escape_with<x86::c_escape_avx2>, &cpu::features::avx2},
+    {"avx512", c_escape_with<x86::encode_bytes_avx512>, &cpu::features::avx512},
+    {"avx2", c_escape_with<x86::encode_bytes_avx2>, &cpu::features::avx2},
 #endif
     {"portable", c_escape_with<nullptr>, nullptr}};
 chooser<c_escape_function> escaper(escapers);

@@ -44,10 +44,7 @@ void md5_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* st
     for (int i = 0; i < 16; ++i) step((c ^ d) ^ b, 32 + i, (3 * i + 5) % 16);
 #pragma GCC unroll 16
     for (int i = 0; i < 16; ++i) step(c ^ (b | ~d), 48 + i, 7 * i % 16);
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
+    add_words(state, {a, b, c, d});
   }
 }
 

@@ -38,11 +38,7 @@ void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* s
     for (int t = 40; t < 60; ++t) step((b & c) ^ (b & d) ^ (c & d), sha1_k[2], w[t]);  // Maj
 #pragma GCC unroll 20
     for (int t = 60; t < 80; ++t) step(b ^ c ^ d, sha1_k[3], w[t]);                // Parity
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
-    state[4] += e;
+    add_words(state, {a, b, c, d, e});
   }
 }
 

@@ -31,14 +31,7 @@ void sha256_blocks_portable(const unsigned char* p, std::size_t count, uint32_t*
       b = a;
       a = t1 + t2;
     }
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
-    state[4] += e;
-    state[5] += f;
-    state[6] += g;
-    state[7] += h;
+    add_words(state, {a, b, c, d, e, f, g, h});
   }
 }
 

@@ -5,7 +5,7 @@
 
 #include "base/byte_codes.hpp"
 #include "base/text.hpp"
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base {
 
@@ -18,6 +18,7 @@ const std::array<byte_codes, 2>& url_codes() {
     const char* digits = hex_digits + 16;  // uppercase
     std::array<byte_codes, 2> t;
     for (int flag = 0; flag < 2; ++flag) {
+      t[flag].kind = byte_codes::percent;
       for (int c = 0; c < 256; ++c) {
         bool alnum = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
         bool is_reserved = c < 128 && reserved.find(static_cast<char>(c)) != std::string::npos;
@@ -90,8 +91,8 @@ std::size_t url_decode_avx2(const unsigned char* in, std::size_t n, bool last, b
 // The chooser's table: the implementations in order of preference.
 constexpr implementation<url_encode_function> encoders[] = {
 #if defined(VEXA_X86_KERNELS)
-    {"avx512", url_encode_with<x86::url_encode_avx512>, &cpu::features::avx512},
-    {"avx2", url_encode_with<x86::url_encode_avx2>, &cpu::features::avx2},
+    {"avx512", url_encode_with<x86::encode_bytes_avx512>, &cpu::features::avx512},
+    {"avx2", url_encode_with<x86::encode_bytes_avx2>, &cpu::features::avx2},
 #endif
     {"portable", url_encode_with<nullptr>, nullptr}};
 chooser<url_encode_function> encoder(encoders);

@@ -4,7 +4,7 @@
 // any text decodes to.
 #include <arm_neon.h>
 
-#include "base/arm/kernels.hpp"
+#include "base/kernels.hpp"
 #include "base/base64.hpp"
 
 namespace base::arm {

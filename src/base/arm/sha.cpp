@@ -3,7 +3,7 @@
 // assume little-endian lanes, as on every arm64 Linux.
 #include <arm_neon.h>
 
-#include "base/arm/kernels.hpp"
+#include "base/kernels.hpp"
 #include "base/sha_constants.hpp"
 
 namespace base::arm {

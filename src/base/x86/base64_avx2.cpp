@@ -3,7 +3,7 @@
 // to the portable code, which is the reference for what any text decodes to.
 #include <immintrin.h>
 
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base::x86 {
 

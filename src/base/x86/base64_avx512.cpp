@@ -5,7 +5,7 @@
 #include <immintrin.h>
 
 #include "base/base64.hpp"
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base::x86 {
 

@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base::x86 {
 
@@ -119,12 +119,18 @@ void url_codes(__m256i c, __m256i escape, const byte_codes&, __m256i (&code)[4])
   code[3] = _mm256_setzero_si256();
 }
 
+// The codes of the bytes changed, in the style of `codes`.
+void make_codes(__m256i c, __m256i escape, const byte_codes& codes, __m256i (&code)[4]) {
+  if (codes.kind == byte_codes::c_string) c_escape_codes(c, escape, codes, code);
+  else url_codes(c, escape, codes, code);
+}
+
+}  // namespace
+
 // Encodes while 64 bytes remain (a run is copied 32 bytes at a time from where
-// it starts, so that many more must be there to read). `make_codes` gives the
-// codes of the bytes changed; the whole stores, whose tails are written over
+// it starts, so that many more must be there to read). The whole stores, whose tails are written over
 // next, stay inside `out`, which has room for 4 characters a byte.
-template <void (*make_codes)(__m256i, __m256i, const byte_codes&, __m256i (&)[4])>
-std::size_t encode_runs(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
+std::size_t encode_bytes_avx2(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
   // Past this many changed bytes in 32 the codes of all cost less than the runs
   // (binary data, or text with blanks escaped); measured here with 2 to 12.
   const int dense = 4;
@@ -161,14 +167,5 @@ std::size_t encode_runs(const unsigned char* in, std::size_t n, char*& out, cons
   return i;
 }
 
-}  // namespace
-
-std::size_t c_escape_avx2(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
-  return encode_runs<c_escape_codes>(in, n, out, codes);
-}
-
-std::size_t url_encode_avx2(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
-  return encode_runs<url_codes>(in, n, out, codes);
-}
 
 }  // namespace base::x86

@@ -4,7 +4,7 @@
 // places packed out.
 #include <immintrin.h>
 
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base::x86 {
 
@@ -46,11 +46,17 @@ __mmask64 url_codes(__m512i c, const byte_codes& codes, __m512i (&code)[4]) {
   return escaped;
 }
 
+// The codes in the style of `codes`; returns the mask of the bytes escaped.
+__mmask64 make_codes(__m512i c, const byte_codes& codes, __m512i (&code)[4]) {
+  return codes.kind == byte_codes::c_string ? c_escape_codes(c, codes, code) : url_codes(c, codes, code);
+}
+
+}  // namespace
+
 // Encodes while 64 bytes remain. Each group of 16 bytes is written as the 64
 // places of its codes with the zeros packed out; `out` has room for 4
 // characters a byte, so the whole stores stay inside it.
-template <__mmask64 (*make_codes)(__m512i, const byte_codes&, __m512i (&)[4])>
-std::size_t encode_codes(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
+std::size_t encode_bytes_avx512(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
   // A lookup table indexed by place in the output, 4i + k, that holds the lane
   // to take: byte i of code vector k, even k from the first of two vectors
   // (index below 64), odd k from the second.
@@ -83,14 +89,5 @@ std::size_t encode_codes(const unsigned char* in, std::size_t n, char*& out, con
   return i;
 }
 
-}  // namespace
-
-std::size_t c_escape_avx512(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
-  return encode_codes<c_escape_codes>(in, n, out, codes);
-}
-
-std::size_t url_encode_avx512(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes) {
-  return encode_codes<url_codes>(in, n, out, codes);
-}
 
 }  // namespace base::x86

@@ -3,7 +3,7 @@
 #include <immintrin.h>
 
 #include "base/sha_constants.hpp"
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base::x86 {
 

@@ -3,7 +3,7 @@
 // "%" among them starts an escape.
 #include <immintrin.h>
 
-#include "base/x86/kernels.hpp"
+#include "base/kernels.hpp"
 
 namespace base::x86 {
 
