@@ -85,12 +85,14 @@ template <class Function>
 void each_implementation(const char* name, base::chooser<Function>& algorithm,
                          std::string (*code)(const std::string&), const std::string& input) {
   for (const base::implementation<Function>& i : algorithm)
-    if (i.supported())
-      benchmark::RegisterBenchmark((std::string(name) + "/" + i.name).c_str(), [&algorithm, i, code, input](benchmark::State& state) {
+    if (i.supported()) {
+      auto run = [&algorithm, i, code, input](benchmark::State& state) {
         algorithm.use(i.name);
         coding(state, code, input);
         algorithm.use(nullptr);
-      })->Unit(benchmark::kMicrosecond);
+      };
+      benchmark::RegisterBenchmark((std::string(name) + "/" + i.name).c_str(), run)->Unit(benchmark::kMicrosecond);
+    }
 }
 
 }  // namespace

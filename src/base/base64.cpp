@@ -44,10 +44,11 @@ std::size_t base64_encode_portable(const unsigned char* in, std::size_t n, char*
 
 std::size_t unbase64_groups_portable(const unsigned char* in, std::size_t groups, char* out) {
   // A lookup table indexed by place and character: place[k][c] is character c's
-  // share of the group's bytes when it stands in place k, laid out in memory as the three output bytes and a fourth byte that
-  // flags padding: 2 for "=" in place 3, 1 for "=" in place 4. Or-ing the four
-  // shares makes the group, which one four-byte store writes whatever the
-  // machine's byte order; the next group overwrites the fourth byte.
+  // share of the group's bytes when it stands in place k, laid out in memory as
+  // the three output bytes and a fourth byte that flags padding: 2 for "=" in
+  // place 3, 1 for "=" in place 4. Or-ing the four shares makes the group, which
+  // one four-byte store writes whatever the machine's byte order; the next group
+  // overwrites the fourth byte.
   struct decode_table {
     uint32_t place[4][256];
     uint32_t pad_third, pad_fourth;

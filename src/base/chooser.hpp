@@ -41,10 +41,16 @@ class chooser {
   // Uses the implementation called `name` from now on, or the preferred one
   // again for null; false, with nothing changed, where this CPU cannot run it.
   bool use(const char* name) {
+    if (!name) {
+      chosen_ = preferred();
+      return true;
+    }
     for (const implementation<Function>* i = first_; i != last_; ++i)
-      if (name && std::strcmp(i->name, name) == 0 && i->supported()) return (chosen_ = i), true;
-    if (!name) chosen_ = preferred();
-    return !name;
+      if (std::strcmp(i->name, name) == 0 && i->supported()) {
+        chosen_ = i;
+        return true;
+      }
+    return false;
   }
 
  private:

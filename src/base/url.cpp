@@ -22,7 +22,8 @@ const std::array<byte_codes, 2>& url_codes() {
       for (int c = 0; c < 256; ++c) {
         bool alnum = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
         bool is_reserved = c < 128 && reserved.find(static_cast<char>(c)) != std::string::npos;
-        bool kept = c < 128 && (alnum || (is_reserved && !flag) || unreserved.find(static_cast<char>(c)) != std::string::npos);
+        bool is_unreserved = c < 128 && unreserved.find(static_cast<char>(c)) != std::string::npos;
+        bool kept = c < 128 && (alnum || (is_reserved && !flag) || is_unreserved);
         char* text = t[flag].text[c];
         if (kept) {
           text[0] = static_cast<char>(c);

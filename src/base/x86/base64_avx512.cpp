@@ -22,7 +22,8 @@ const value_table& values() {
   static const value_table table = [] {
     value_table t;
     for (unsigned char& v : t.value) v = 0x80;
-    for (int v = 0; v < 64; ++v) t.value[static_cast<unsigned char>(base64_alphabet[v])] = static_cast<unsigned char>(v);
+    for (int v = 0; v < 64; ++v)
+      t.value[static_cast<unsigned char>(base64_alphabet[v])] = static_cast<unsigned char>(v);
     return t;
   }();
   return table;

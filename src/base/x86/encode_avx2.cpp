@@ -46,8 +46,9 @@ const group_shuffles& shuffles() {
 char* write_codes(const __m256i (&code)[4], char* o, const group_shuffles& s) {
   const __m256i zero = _mm256_setzero_si256();
   // Each byte's size less one is 3 less one for each vector from the second that is 0 there.
-  __m256i less_one = _mm256_add_epi8(_mm256_add_epi8(_mm256_cmpeq_epi8(code[1], zero), _mm256_cmpeq_epi8(code[2], zero)),
-                                     _mm256_add_epi8(_mm256_cmpeq_epi8(code[3], zero), _mm256_set1_epi8(3)));
+  __m256i less_one =
+      _mm256_add_epi8(_mm256_add_epi8(_mm256_cmpeq_epi8(code[1], zero), _mm256_cmpeq_epi8(code[2], zero)),
+                      _mm256_add_epi8(_mm256_cmpeq_epi8(code[3], zero), _mm256_set1_epi8(3)));
   // Of each group of four, l0 + 4 l1 + 16 l2 + 64 l3: groups 0 to 3 in the low half, 4 to 7 in the high.
   alignas(32) uint32_t sizes[8];
   _mm256_store_si256(reinterpret_cast<__m256i*>(sizes),
@@ -102,7 +103,8 @@ __m256i changed(__m256i c, __m128i kept_rows) {
 // two lowercase digits.
 void c_escape_codes(__m256i c, __m256i escape, const byte_codes& codes, __m256i (&code)[4]) {
   __m256i first_row = _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(codes.letters)));
-  __m256i own = _mm256_or_si256(_mm256_cmpeq_epi8(c, _mm256_set1_epi8('"')), _mm256_cmpeq_epi8(c, _mm256_set1_epi8('\\')));
+  __m256i own =
+      _mm256_or_si256(_mm256_cmpeq_epi8(c, _mm256_set1_epi8('"')), _mm256_cmpeq_epi8(c, _mm256_set1_epi8('\\')));
   __m256i letter = _mm256_or_si256(
       _mm256_and_si256(_mm256_shuffle_epi8(first_row, c), _mm256_cmpgt_epi8(_mm256_set1_epi8(16), c)),
       _mm256_and_si256(c, own));

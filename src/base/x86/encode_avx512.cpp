@@ -29,7 +29,8 @@ __m512i lookup128(__m512i bytes, const uint8_t* table) {
 __mmask64 c_escape_codes(__m512i c, const byte_codes& codes, __m512i (&code)[4]) {
   __m512i letter = lookup128(c, codes.letters);
   __mmask64 named = _mm512_test_epi8_mask(letter, letter);
-  __mmask64 outside = _mm512_cmplt_epu8_mask(c, _mm512_set1_epi8(32)) | _mm512_cmpge_epu8_mask(c, _mm512_set1_epi8(127));
+  __mmask64 outside =
+      _mm512_cmplt_epu8_mask(c, _mm512_set1_epi8(32)) | _mm512_cmpge_epu8_mask(c, _mm512_set1_epi8(127));
   __mmask64 hex = outside & ~named;
   code[0] = _mm512_mask_blend_epi8(hex | named, c, _mm512_set1_epi8('\\'));
   code[1] = _mm512_mask_mov_epi8(letter, hex, _mm512_set1_epi8('x'));
