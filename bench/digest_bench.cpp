@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "base/cpu.hpp"
 #include "base/digest.hpp"
 #include "base/random.hpp"
 #include "base/text.hpp"
@@ -10,30 +9,17 @@
 namespace {
 
 // The step of the hash-chain benchmark: a 64-character string to the hex text of
-// its SHA-256 digest, which is the next string. Argument 1 allows the CPU's SHA
-// extensions where present, 0 forces the portable rounds.
+// its SHA-256 digest, which is the next string.
 void chain_step(benchmark::State& state) {
-  base::cpu::portable_only = state.range(0) == 0;
   std::string s = base::randstr(64);
   for (auto _ : state) {
     s = base::hex(base::sha256(s));
     benchmark::DoNotOptimize(s.data());
   }
   state.SetItemsProcessed(state.iterations());
-  base::cpu::portable_only = false;
-}
-BENCHMARK(chain_step)->Arg(1)->Arg(0);
-
-template <std::string (*digest)(const std::string&)>
-std::string portable(const std::string& input) {
-  base::cpu::portable_only = true;
-  std::string result = digest(input);
-  base::cpu::portable_only = false;
-  return result;
 }
 
-template <std::string (*digest)(const std::string&)>
-void throughput(benchmark::State& state) {
+void throughput(benchmark::State& state, std::string (*digest)(const std::string&)) {
   std::string buffer(static_cast<std::size_t>(state.range(0)), '\0');
   for (std::size_t i = 0; i < buffer.size(); ++i) buffer[i] = char(i * 131 + (i >> 9));
   for (auto _ : state) {
@@ -42,12 +28,47 @@ void throughput(benchmark::State& state) {
   }
   state.SetBytesProcessed(state.iterations() * state.range(0));
 }
-BENCHMARK_TEMPLATE(throughput, base::md5)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(throughput, base::sha1)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(throughput, portable<base::sha1>)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(throughput, base::sha256)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(throughput, portable<base::sha256>)->Arg(16 << 20)->Unit(benchmark::kMillisecond);
+
+// Runs `run` under `name` of the implementation chosen for the benchmark's
+// time alone, then the preferred one again.
+template <class Run>
+void with(base::chooser<base::block_function>& blocks, const char* name, Run run) {
+  blocks.use(name);
+  run();
+  blocks.use(nullptr);
+}
 
 }  // namespace
 
-BENCHMARK_MAIN();
+// Every digest under every implementation this CPU supports, named
+// "throughput/sha256/sha-ni" and so on.
+int main(int argc, char** argv) {
+  struct digest {
+    const char* name;
+    base::chooser<base::block_function>& blocks;
+    std::string (*run)(const std::string&);
+  } digests[] = {{"md5", base::md5_implementations(), base::md5},
+                 {"sha1", base::sha1_implementations(), base::sha1},
+                 {"sha256", base::sha256_implementations(), base::sha256}};
+  for (digest& d : digests)
+    for (const auto& i : d.blocks) {
+      if (!i.supported()) continue;
+      base::chooser<base::block_function>* blocks = &d.blocks;
+      const char* name = i.name;
+      auto run = d.run;
+      benchmark::RegisterBenchmark(("throughput/" + std::string(d.name) + "/" + name).c_str(),
+                                   [=](benchmark::State& state) {
+                                     with(*blocks, name, [&] { throughput(state, run); });
+                                   })
+          ->Arg(16 << 20)
+          ->Unit(benchmark::kMillisecond);
+      if (d.run == base::sha256)
+        benchmark::RegisterBenchmark(("chain_step/" + std::string(name)).c_str(), [=](benchmark::State& state) {
+          with(*blocks, name, [&] { chain_step(state); });
+        });
+    }
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

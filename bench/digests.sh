@@ -35,7 +35,7 @@ for algo in sha256 sha1 md5; do
   run "openssl dgst -$algo" openssl dgst "-$algo" -r "$file"
   run "vexa $algo" "$build/bench/digest_file" "$algo" "$file"
   if [ "$algo" != md5 ]; then
-    run "vexa $algo (portable)" "$build/bench/digest_file" "$algo-portable" "$file"
+    run "vexa $algo (portable)" "$build/bench/digest_file" "$algo/portable" "$file"
   fi
 done
 

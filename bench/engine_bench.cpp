@@ -68,8 +68,7 @@ std::string text_bytes(std::size_t n) {
 }
 
 // Throughput in bytes of input per second.
-template <std::string (*code)(const std::string&)>
-void coding(benchmark::State& state, const std::string& input) {
+void coding(benchmark::State& state, std::string (*code)(const std::string&), const std::string& input) {
   for (auto _ : state) {
     std::string out = code(input);
     benchmark::DoNotOptimize(out.data());
@@ -80,21 +79,32 @@ void coding(benchmark::State& state, const std::string& input) {
 std::string encode_url(const std::string& s) { return base::url_encode(s, false); }
 std::string decode_url(const std::string& s) { return base::url_decode(s, false); }
 
-void base64_encode(benchmark::State& state) {
-  coding<base::base64>(state, random_bytes(buffer_size));
+// Registers the coding `name` under every implementation of `algorithm` this
+// CPU supports, as "base64_encode/avx2" and so on.
+template <class Function>
+void each_implementation(const char* name, base::chooser<Function>& algorithm,
+                         std::string (*code)(const std::string&), const std::string& input) {
+  for (const base::implementation<Function>& i : algorithm)
+    if (i.supported()) {
+      auto run = [&algorithm, i, code, input](benchmark::State& state) {
+        algorithm.use(i.name);
+        coding(state, code, input);
+        algorithm.use(nullptr);
+      };
+      benchmark::RegisterBenchmark((std::string(name) + "/" + i.name).c_str(), run)->Unit(benchmark::kMicrosecond);
+    }
 }
-void base64_decode(benchmark::State& state) {
-  coding<base::unbase64>(state, base::base64(random_bytes(buffer_size)));
-}
-void url_encode(benchmark::State& state) { coding<encode_url>(state, text_bytes(buffer_size)); }
-void url_decode(benchmark::State& state) {
-  coding<decode_url>(state, encode_url(text_bytes(buffer_size)));
-}
-BENCHMARK(base64_encode)->Unit(benchmark::kMicrosecond);
-BENCHMARK(base64_decode)->Unit(benchmark::kMicrosecond);
-BENCHMARK(url_encode)->Unit(benchmark::kMicrosecond);
-BENCHMARK(url_decode)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  const std::string bytes = random_bytes(buffer_size), text = text_bytes(buffer_size);
+  each_implementation("base64_encode", base::base64_encode_implementations(), base::base64, bytes);
+  each_implementation("base64_decode", base::unbase64_implementations(), base::unbase64, base::base64(bytes));
+  each_implementation("url_encode", base::url_encode_implementations(), encode_url, text);
+  each_implementation("url_decode", base::url_decode_implementations(), decode_url, encode_url(text));
+  benchmark::Initialize(&argc, argv);
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

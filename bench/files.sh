@@ -76,7 +76,7 @@ commands=(
 # The vexa rows: LABEL|TOOL|GOAL (the greatest ratio of medians wanted, or -).
 rows=(
   "sha256|openssl-sha256|0.95" "sha256|sha256sum|-" "sha1|openssl-sha1|0.95" "sha1|sha1sum|-" "md5|md5sum|1.0"
-  "base64|base64-w0|-" "base64|cat|2.0" "unbase64|base64-d|-" "unbase64|cat-b64|2.5"
+  "base64|base64-w0|-" "base64|cat|2.0" "unbase64|base64-d|-" "unbase64|cat-b64|3.0"
   "escape|cat|5.0" "escape-text|cat-text|2.5" "url_encode|cat|-" "url_encode-text|cat-text|4.0"
   "url_decode|cat-url|-" "url_decode-text|cat-text-url|4.0"
 )

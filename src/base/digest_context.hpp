@@ -1,11 +1,10 @@
 // The shape every digest shares: 64-byte blocks compressed into a few 32-bit
-// state words, and a context that takes bytes in any number of pieces (start,
-// add, finish), so the streamed and the whole-string digests cannot drift apart.
+// state words, and a context that takes bytes in any number of pieces (add,
+// then finish), so the streamed and the whole-string digests cannot drift apart.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string>
 
 namespace base {
@@ -22,66 +21,37 @@ inline uint32_t read_be32(const unsigned char* p) {
   return uint32_t(p[0]) << 24 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 8 | uint32_t(p[3]);
 }
 
+// Adds a block's working words to the state words, as every digest ends a block.
+template <std::size_t N>
+void add_words(uint32_t* state, const uint32_t (&words)[N]) {
+  for (std::size_t i = 0; i < N; ++i) state[i] += words[i];
+}
+
 // Compresses `count` 64-byte blocks at `p` into the state words.
 using block_function = void (*)(const unsigned char* p, std::size_t count, uint32_t* state);
 
 // The running digest of bytes added in any number of pieces. finish() pads the
 // message (0x80, zeros up to 56 mod 64, the bit length in eight bytes) and gives
-// the digest; the context is then spent.
-template <block_function blocks, int words, bool big_endian>
-struct digest_context {
-  uint32_t state[words];
-  uint64_t length = 0;        // bytes added
-  unsigned char pending[64];  // the start of a block not yet full
-  std::size_t used = 0;
+// the digest's raw bytes; the context is then spent.
+class digest_context {
+ public:
+  void add(const void* data, std::size_t n);
+  std::string finish();
+  // Adds `input` and finishes: the digest of one whole string.
+  std::string finish_with(const std::string& input);
 
-  explicit digest_context(const uint32_t (&initial)[words]) { std::memcpy(state, initial, sizeof state); }
+ protected:
+  // `words` state words, at most 8, written out big- or little-endian.
+  digest_context(block_function blocks, const uint32_t* initial, int words, bool big_endian);
 
-  void add(const void* data, std::size_t n) {
-    if (n == 0) return;  // data may then be null, which memcpy must not see
-    const unsigned char* p = static_cast<const unsigned char*>(data);
-    length += n;
-    if (used > 0) {
-      std::size_t take = n < 64 - used ? n : 64 - used;
-      std::memcpy(pending + used, p, take);
-      used += take;
-      p += take;
-      n -= take;
-      if (used < 64) return;
-      blocks(pending, 1, state);
-      used = 0;
-    }
-    // Whole blocks are compressed where they lie, without a copy.
-    if (n >= 64) blocks(p, n / 64, state);
-    used = n % 64;
-    if (used > 0) std::memcpy(pending, p + n - used, used);
-  }
-
-  std::string finish() {
-    uint64_t bits = length * 8;
-    pending[used++] = 0x80;
-    if (used > 56) {
-      std::memset(pending + used, 0, 64 - used);
-      blocks(pending, 1, state);
-      used = 0;
-    }
-    std::memset(pending + used, 0, 56 - used);
-    for (int i = 0; i < 8; ++i)
-      pending[56 + i] = static_cast<unsigned char>(bits >> (big_endian ? 56 - 8 * i : 8 * i));
-    blocks(pending, 1, state);
-    std::string digest;
-    for (uint32_t s : state)
-      for (int i = 0; i < 4; ++i) digest += static_cast<char>(s >> (big_endian ? 24 - 8 * i : 8 * i));
-    return digest;
-  }
+ private:
+  block_function blocks_;
+  int words_;
+  bool big_endian_;
+  uint32_t state_[8];
+  uint64_t length_ = 0;        // bytes added
+  unsigned char pending_[64];  // the start of a block not yet full
+  std::size_t used_ = 0;
 };
-
-// The digest of one whole string.
-template <class Context>
-std::string digest_of(const std::string& input) {
-  Context context;
-  context.add(input.data(), input.size());
-  return context.finish();
-}
 
 }  // namespace base

@@ -1,5 +1,5 @@
 // The round constants of SHA-1 (four, one per group of 20 steps) and SHA-256
-// (FIPS 180-4), one table each for the portable rounds and the CPU instructions,
+// (FIPS 180-4, one per round), shared by the portable rounds and the kernels,
 // which add them four at a time.
 #pragma once
 

@@ -56,4 +56,6 @@ void install() {
 
 bool failed() { return broken || std::ferror(stdout); }
 
+int descriptor_of(std::FILE* stream) { return stream == stdout && original_stdout ? 1 : fileno(stream); }
+
 }  // namespace output

@@ -3,6 +3,8 @@
 // that fails, so that a closed pipe or a full disk ends the session at once.
 #pragma once
 
+#include <cstdio>
+
 namespace output {
 
 // Routes stdout through that writer; called once, before anything is printed.
@@ -11,5 +13,10 @@ void install();
 
 // True once a write to standard output has failed; later output is dropped.
 bool failed();
+
+// The descriptor a stream writes to, for copies that bypass stdio (flushed
+// first): 1 for the session's stdout, whose writer stdio cannot name, else the
+// stream's own; -1 for a stream with none.
+int descriptor_of(std::FILE* stream);
 
 }  // namespace output

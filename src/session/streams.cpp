@@ -1,6 +1,7 @@
 #include "session/streams.hpp"
 
 #include <signal.h>
+#include <sys/sendfile.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include "base/file.hpp"
 #include "base/text.hpp"
 #include "base/url.hpp"
+#include "session/output.hpp"
 
 namespace streams {
 
@@ -52,6 +54,22 @@ void encode_file(base::reader& in, std::FILE* out, std::size_t growth, Encode en
   std::fputc('\n', out);
 }
 
+// Sends the first n bytes of the file `from` to the descriptor `to` inside the
+// kernel, without a copy through vexa's memory, and returns how many went: all
+// of them unless the kernel cannot send between these two (or a write fails).
+uint64_t send_in_kernel(int from, int to, uint64_t n) {
+  off_t at = 0;
+  while (to >= 0 && static_cast<uint64_t>(at) < n) {
+    // At most this much a call, as Linux allows.
+    const uint64_t most = 0x7ffff000, left = n - static_cast<uint64_t>(at);
+    std::size_t want = static_cast<std::size_t>(left < most ? left : most);
+    ssize_t sent = sendfile(to, from, &at, want);
+    if (sent < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) base::wait_until_ready(to, POLLOUT);
+    else if (sent <= 0 && !(sent < 0 && errno == EINTR)) break;
+  }
+  return static_cast<uint64_t>(at);
+}
+
 // Bytes held back until they may be printed: in memory up to a block, beyond
 // that in a temporary file. Every write to the file is checked; from the first
 // that fails (no space, a size limit, no temporary folder at all) the rest stays
@@ -84,9 +102,13 @@ class spool {
   // that cannot be read back ends the bytes there, as a short read of the input
   // would, and nothing after the gap is printed.
   bool copy_to(std::FILE* out) {
-    if (written > 0) {
+    uint64_t sent = 0;
+    if (written > 0 && std::fflush(out) == 0) sent = send_in_kernel(fileno(file), output::descriptor_of(out), written);
+    // Where the kernel refused (or a write failed, which the same write through
+    // stdio then reports), the rest goes the plain way.
+    if (sent < written) {
       base::block_buffer bytes(block);
-      for (uint64_t at = 0; at < written;) {
+      for (uint64_t at = sent; at < written;) {
         std::size_t want = written - at < block ? static_cast<std::size_t>(written - at) : block;
         ssize_t got = pread(fileno(file), bytes.data, want, static_cast<off_t>(at));
         if (got < 0 && errno == EINTR) continue;

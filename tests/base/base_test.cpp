@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "base/base64.hpp"
-#include "base/cpu.hpp"
+#include "base/chooser.hpp"
 #include "base/digest.hpp"
 #include "base/escape.hpp"
 #include "base/file.hpp"
@@ -23,46 +23,66 @@ using namespace std::string_literals;
 
 namespace {
 
-// The encoders: url_encode without (0) and with (1) the reserved characters, and escape (2).
-std::string encoded(const std::string& t, int which) {
-  if (which < 2) return base::url_encode(t, which == 1);
-  std::string escaped(4 * t.size(), '\0');
-  escaped.resize(base::c_escape_block(reinterpret_cast<const unsigned char*>(t.data()), t.size(), &escaped[0]));
-  return escaped;
+// Runs `check` once under each implementation of an algorithm that this CPU
+// supports, a failure naming the implementation, then returns to the preferred one.
+template <class Function, class Check>
+void for_each_implementation(base::chooser<Function>& algorithm, Check check) {
+  for (const base::implementation<Function>& i : algorithm)
+    if (i.supported()) {
+      SCOPED_TRACE(i.name);
+      ASSERT_TRUE(algorithm.use(i.name));
+      check();
+    }
+  algorithm.use(nullptr);
 }
 
-// The codings' paths: 0 the portable code, 1 AVX2 at most, 2 all the CPU offers.
-void take_path(int path) {
-  base::cpu::portable_only = path == 0;
-  base::cpu::withheld.avx512_vbmi2 = path == 1;
+// What `code` gives for each input under every implementation, against the portable one.
+template <class Function, class Code>
+void expect_agreement(base::chooser<Function>& algorithm, Code code, const std::vector<std::string>& inputs) {
+  ASSERT_TRUE(algorithm.use("portable"));
+  std::vector<std::string> portable;
+  for (const std::string& input : inputs) portable.push_back(code(input));
+  for_each_implementation(algorithm, [&] {
+    for (size_t i = 0; i < inputs.size(); ++i) EXPECT_EQ(code(inputs[i]), portable[i]) << inputs[i];
+  });
 }
 
-// Fixed answers, on the portable rounds and then on the CPU's instructions where
-// it has them: one million "a" (FIPS 180-4, RFC 1321), and a pattern's prefixes.
+std::string escaped(const std::string& t) {
+  std::string text(4 * t.size(), '\0');
+  text.resize(base::c_escape_block(reinterpret_cast<const unsigned char*>(t.data()), t.size(), &text[0]));
+  return text;
+}
+std::string url_encoded(const std::string& t) { return base::url_encode(t, false); }
+std::string url_encoded_all(const std::string& t) { return base::url_encode(t, true); }
+
+// Fixed answers under every implementation: one million "a" (FIPS 180-4, RFC
+// 1321), and the first eight hex digits at the lengths around the padding's
+// boundaries, which pad to one, two or three blocks.
 TEST(Base, Digests) {
   std::string pattern;
   for (int i = 0; i <= 130; ++i) pattern += char(i == 40 ? 0 : (i * 37 + 11) & 0xff);
-  // The first eight hex digits of MD5, SHA-1 and SHA-256 at the lengths around
-  // the padding's boundaries, which pad to one, two or three blocks.
   const std::pair<int, const char*> prefixes[] = {
       {0, "d41d8cd9 da39a3ee e3b0c442"},   {55, "7bd78d59 9a809bb9 05ae991b"}, {56, "f2590f38 186812f7 b5b34d66"},
       {64, "d6abf7dc 3cb88f18 a8afe62e"},  {119, "209cf522 0460506e 1c06c330"},
       {120, "4c03b916 61ebeb86 e3354715"}, {130, "a165ecba 65e750f2 67d3fc46"},
   };
+  const struct {
+    base::chooser<base::block_function>& blocks;
+    std::string (*digest)(const std::string&);
+    const char* million;
+  } digests[] = {
+      {base::md5_implementations(), base::md5, "7707d6ae4e027c70eea2a935c2296f21"},
+      {base::sha1_implementations(), base::sha1, "34aa973cd4c4daa4f61eeb2bdbad27316534016f"},
+      {base::sha256_implementations(), base::sha256,
+       "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0"}};
   const std::string million(1000000, 'a');
-  for (bool portable : {true, false}) {
-    base::cpu::portable_only = portable;
-    for (const auto& [n, expected] : prefixes) {
-      std::string input = pattern.substr(0, n);
-      EXPECT_EQ(base::hex(base::md5(input)).substr(0, 8) + " " + base::hex(base::sha1(input)).substr(0, 8) + " " +
-                    base::hex(base::sha256(input)).substr(0, 8),
-                expected) << n << " bytes" << (portable ? ", portable" : "");
-    }
-    EXPECT_EQ(base::hex(base::md5(million)) + base::hex(base::sha1(million)) + base::hex(base::sha256(million)),
-              "7707d6ae4e027c70eea2a935c2296f21" "34aa973cd4c4daa4f61eeb2bdbad27316534016f"
-              "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
-  }
-  base::cpu::portable_only = false;
+  for (size_t k = 0; k < 3; ++k)
+    for_each_implementation(digests[k].blocks, [&] {
+      for (const auto& [n, expected] : prefixes)
+        EXPECT_EQ(base::hex(digests[k].digest(pattern.substr(0, n))).substr(0, 8), std::string(expected, 9 * k, 8))
+            << n << " bytes";
+      EXPECT_EQ(base::hex(digests[k].digest(million)), digests[k].million);
+    });
   // Bytes added in pieces of every size from 1 to 130 give the digest of the whole.
   const std::string input = pattern + pattern + pattern;
   auto in_pieces = [&](auto context, size_t piece) {
@@ -77,7 +97,7 @@ TEST(Base, Digests) {
 }
 
 // The decoders take any text: Base64 gives "=" in place 1 or 2 the value 64 and
-// strangers 65, URL escapes go through the digit arithmetic whatever the digits.
+// invalid characters 65, URL escapes go through the digit arithmetic whatever the digits.
 TEST(Base, Codings) {
   const std::string base64[][2] = {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"\xfb\xff\xbf", "+/+/"}};
   for (const auto& b : base64) EXPECT_EQ(base::base64(b[0]), b[1]);
@@ -105,63 +125,60 @@ TEST(Base, Codings) {
   for (size_t n : {0, 1, 2}) EXPECT_EQ(base::unbase64(base::base64(all.substr(n))), all.substr(n));
 }
 
-// The vector paths against the portable code: every coding at every length
+// Every implementation against the portable one: every coding at every length
 // around the vector widths (24 to 64 bytes a step) and alignment, URL text with
 // an escape (or a "%" among its digits) at each place of a step, text all
 // escapes and escapes with every byte as a digit, text with few changed bytes a
-// step and bytes with many, and Base64 with padding or a stranger at each place
-// of a piece.
-TEST(Base, VectorCodingsMatchPortable) {
-  using coding = std::string (*)(const std::string&);
-  coding base64 = [](const std::string& b) { return base::base64(b); };
-  coding unbase64 = [](const std::string& t) { return base::unbase64(t); };
-  coding url_decode = [](const std::string& t) { return base::url_decode(t, false); };
-  coding encoders = [](const std::string& t) { return encoded(t, 0) + "|" + encoded(t, 1) + "|" + encoded(t, 2); };
+// step and bytes with many, and Base64 with padding or an invalid character at
+// each place of a piece.
+TEST(Base, ImplementationsAgree) {
   std::string bytes, words;
   for (int i = 0; i < 300; ++i) bytes += char(i * 151 + 7);
   for (int i = 0; i < 4; ++i) words += "The \"quick\" fox?\tjumps (over) 1+1=2 & the lazy dog.\n";
   const char* percent_digits[] = {"%%4a", "%4a%", "%4%a"};
-  std::vector<std::pair<coding, std::string>> cases;
+  std::vector<std::string> raw, text, url;
   for (size_t n = 0; n <= 200; ++n) {
-    for (size_t offset = 0; offset < 4; ++offset) cases.push_back({base64, bytes.substr(offset, n)});
-    for (const std::string& input : {words, bytes}) cases.push_back({encoders, input.substr(0, n)});
-    cases.push_back({url_decode, base::url_encode(bytes, true).substr(0, n)});
+    for (size_t offset = 0; offset < 4; ++offset) raw.push_back(bytes.substr(offset, n));
+    text.push_back(words.substr(0, n));
+    url.push_back(base::url_encode(bytes, true).substr(0, n));
     for (size_t at = 0; n >= 60 && n <= 100 && at < n; ++at)
-      cases.push_back({url_decode, (bytes.substr(0, at) + percent_digits[at % 3] + bytes.substr(at)).substr(0, n)});
+      url.push_back((bytes.substr(0, at) + percent_digits[at % 3] + bytes.substr(at)).substr(0, n));
   }
-  std::string odd_digits;  // every byte value as either digit, with no "%" among them
+  url.emplace_back();  // every byte value as either digit, with no "%" among them
   for (int c = 0; c < 256; ++c)
-    if (c != '%' && 255 - c != '%') odd_digits += "%"s + char(c) + char(255 - c) + "-";
-  cases.push_back({url_decode, odd_digits});
-  const std::string text = base::base64(bytes).substr(0, 256);
+    if (c != '%' && 255 - c != '%') url.back() += "%"s + char(c) + char(255 - c) + "-";
+  std::vector<std::string> base64_text;
+  const std::string plain = base::base64(bytes).substr(0, 256);
   for (size_t at = 0; at < 130; ++at)
     for (char odd : {'=', '~', '\x80'})
-      cases.push_back({unbase64, (text.substr(0, at) + odd + text.substr(at + 1)).substr(at % 4)});
-  for (const auto& [code, input] : cases) {
-    take_path(0);
-    std::string portable = code(input);
-    for (int path : {1, 2}) {
-      take_path(path);
-      EXPECT_EQ(code(input), portable) << input << " on path " << path;
-    }
-  }
+      base64_text.push_back((plain.substr(0, at) + odd + plain.substr(at + 1)).substr(at % 4));
+  text.insert(text.end(), raw.begin(), raw.end());
+  expect_agreement(base::base64_encode_implementations(), base::base64, raw);
+  expect_agreement(base::unbase64_implementations(), base::unbase64, base64_text);
+  expect_agreement(base::url_decode_implementations(), [](const std::string& t) { return base::url_decode(t, false); },
+                   url);
+  expect_agreement(base::c_escape_implementations(), escaped, text);
+  expect_agreement(base::url_encode_implementations(), url_encoded, text);
+  expect_agreement(base::url_encode_implementations(), url_encoded_all, text);
 }
 
 // Each byte value at each place of a 100-byte text, across the 8-byte words of
 // the portable code and the 32- and 64-byte steps of the vector ones, is coded
 // as alone: no byte is taken for unchanged, nor a code put in the wrong place.
 TEST(Base, EncodersEveryByteAtEveryPlace) {
-  for (int path : {0, 1, 2}) {
-    take_path(path);
+  auto every_byte_at_every_place = [](std::string (*encoded)(const std::string&)) {
     for (int c = 0; c < 256; ++c)
       for (size_t place = 0; place < 100; ++place) {
         std::string input(100, 'a'), before(place, 'a'), after(99 - place, 'a'), alone(1, char(c));
         input[place] = char(c);
-        for (int which : {0, 1, 2})
-          EXPECT_EQ(encoded(input, which), encoded(before, which) + encoded(alone, which) + encoded(after, which))
-              << c << " at " << place << " on path " << path;
+        EXPECT_EQ(encoded(input), encoded(before) + encoded(alone) + encoded(after)) << c << " at " << place;
       }
-  }
+  };
+  for_each_implementation(base::c_escape_implementations(), [&] { every_byte_at_every_place(escaped); });
+  for_each_implementation(base::url_encode_implementations(), [&] {
+    every_byte_at_every_place(url_encoded);
+    every_byte_at_every_place(url_encoded_all);
+  });
 }
 
 // Lines come with their line feed, numbered from 1, each with the offset of its

@@ -148,3 +148,7 @@ with SIGPIPE ignored) ends the session at once, with status 0 and no message.
   0
   $ (yes 2>&- | vexa escape /dev/stdin) | head -c 8; echo
   y\ny\ny\
+  $ head -c 3000000 /dev/zero | tr '\0' '\1' | base64 -w0 > held
+  $ ((echo unbase64 held; yes 1+1) 2>&- | vexa; echo ${PIPESTATUS[1]} > status) | head -c 27 | tail -c 4 | od -An -c; cat status
+     >     001 001
+  0

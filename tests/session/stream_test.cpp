@@ -67,7 +67,7 @@ TEST(Streams, MatchTheWholeStringFunctions) {
       for (std::size_t zero : {std::size_t(0), std::size_t(6), B + 3, 3 * B}) {
         std::string bytes = bytes_of(n, 1) + "x";  // "x": a tail of any length
         for (char& c : bytes) c = c == 0 ? 'z' : c;
-        // Padding and strangers in the second half, so that the first decodes to
+        // Padding and invalid characters in the second half, so that the first decodes to
         // no zero byte and a pipe's decoded bytes overflow the spool's memory.
         std::string text = base::base64(bytes).substr(0, n);
         for (std::size_t i = n / 2; i < n; i += 97) text[i] = "A=~"[i % 3];

@@ -1,12 +1,12 @@
-// MD5 (RFC 1321): the digest of bytes, streamed or of one string.
-#pragma once
+// The portable block compression of MD5 (RFC 1321).
 
-#include "base/digest_context.hpp"
+#include "base/digest.hpp"
 
 namespace base {
 
-inline void md5_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
-  // T[k] = floor(2^32 * |sin(k + 1)|).
+void md5_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
+  // A lookup table indexed by step k (0 to 63) that holds its constant,
+  // floor(2^32 * |sin(k + 1)|).
   static const uint32_t T[64] = {
       0xd76aa478, 0xe8c7b756, 0x242070db, 0xc1bdceee, 0xf57c0faf, 0x4787c62a, 0xa8304613, 0xfd469501,
       0x698098d8, 0x8b44f7af, 0xffff5bb1, 0x895cd7be, 0x6b901122, 0xfd987193, 0xa679438e, 0x49b40821,
@@ -16,7 +16,8 @@ inline void md5_blocks(const unsigned char* p, std::size_t count, uint32_t* stat
       0x289b7ec6, 0xeaa127fa, 0xd4ef3085, 0x04881d05, 0xd9d4d039, 0xe6db99e5, 0x1fa27cf8, 0xc4ac5665,
       0xf4292244, 0x432aff97, 0xab9423a7, 0xfc93a039, 0x655b59c3, 0x8f0ccc92, 0xffeff47d, 0x85845dd1,
       0x6fa87e4f, 0xfe2ce6e0, 0xa3014314, 0x4e0811a1, 0xf7537e82, 0xbd3af235, 0x2ad7d2bb, 0xeb86d391};
-  // Left rotations of each round; a round's four amounts repeat over its 16 steps.
+  // A lookup table indexed by round and step mod 4 that holds the step's left
+  // rotation: a round's four amounts repeat over its 16 steps.
   static const int shift[4][4] = {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}};
 
   for (; count > 0; --count, p += 64) {
@@ -43,17 +44,8 @@ inline void md5_blocks(const unsigned char* p, std::size_t count, uint32_t* stat
     for (int i = 0; i < 16; ++i) step((c ^ d) ^ b, 32 + i, (3 * i + 5) % 16);
 #pragma GCC unroll 16
     for (int i = 0; i < 16; ++i) step(c ^ (b | ~d), 48 + i, 7 * i % 16);
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
+    add_words(state, {a, b, c, d});
   }
 }
-
-struct md5_context : digest_context<md5_blocks, 4, false> {
-  md5_context() : digest_context({0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476}) {}
-};
-
-inline std::string md5(const std::string& input) { return digest_of<md5_context>(input); }
 
 }  // namespace base

@@ -1,27 +1,20 @@
-// SHA-1 and SHA-256 block compression through the x86-64 SHA extensions, for
-// CPUs that have them (base::cpu tells): several times the portable rounds'
-// speed, the same state words. Built where the compiler knows the instructions;
-// each function switches them on for itself alone.
-#pragma once
-
-#if defined(__x86_64__) && defined(__GNUC__)
-#define VEXA_X86_SHA 1
+// SHA-1 and SHA-256 block compression through the x86-64 SHA extensions:
+// several times the portable rounds' speed, the same state words.
 #include <immintrin.h>
 
-#include <cstddef>
-#include <cstdint>
-
 #include "base/sha_constants.hpp"
+#include "base/kernels.hpp"
 
 namespace base::x86 {
+
+namespace {
 
 // Groups `first` to `first` + 4 of a SHA-1 block, four rounds each, all with the
 // round function F. w[g % 4] holds the schedule words 4g to 4g+3, first word in
 // the top lane; `prev` is a..d as it was before the latest group, whose a,
 // rotated, is the next group's e, which sha1nexte adds to that group's words.
 template <int F>
-__attribute__((target("sha,sse4.1"))) inline void sha1_groups(int first, __m128i* w, __m128i& abcd,
-                                                                __m128i& prev, __m128i e) {
+void sha1_groups(int first, __m128i* w, __m128i& abcd, __m128i& prev, __m128i e) {
 #pragma GCC unroll 5
   for (int g = first; g < first + 5; ++g) {
     if (g >= 4)
@@ -33,8 +26,9 @@ __attribute__((target("sha,sse4.1"))) inline void sha1_groups(int first, __m128i
   }
 }
 
-__attribute__((target("sha,sse4.1"))) inline void sha1_blocks(const unsigned char* p, std::size_t count,
-                                                                uint32_t* state) {
+}  // namespace
+
+void sha1_blocks_sha_ni(const unsigned char* p, std::size_t count, uint32_t* state) {
   // Reverses all sixteen bytes: each word turns big-endian and the first word
   // lands in the top lane, where the instructions want it.
   const __m128i reverse = _mm_set_epi64x(0x0001020304050607LL, 0x08090a0b0c0d0e0fLL);
@@ -56,11 +50,9 @@ __attribute__((target("sha,sse4.1"))) inline void sha1_blocks(const unsigned cha
   state[4] = static_cast<uint32_t>(_mm_extract_epi32(e, 3));
 }
 
-// Compresses `count` 64-byte blocks at `p` into the eight state words. The
-// instructions hold the state as the word pairs ABEF and CDGH and do two rounds
+// The instructions hold the state as the word pairs ABEF and CDGH and do two rounds
 // each, with message words plus constants four at a time.
-__attribute__((target("sha,sse4.1"))) inline void sha256_blocks(const unsigned char* p, std::size_t count,
-                                                                  uint32_t* state) {
+void sha256_blocks_sha_ni(const unsigned char* p, std::size_t count, uint32_t* state) {
   // Reverses the bytes of each 32-bit lane: message words are big-endian.
   const __m128i big_endian = _mm_set_epi64x(0x0c0d0e0f08090a0bLL, 0x0405060700010203LL);
   __m128i dcba = _mm_loadu_si128(reinterpret_cast<const __m128i*>(state));
@@ -94,4 +86,3 @@ __attribute__((target("sha,sse4.1"))) inline void sha256_blocks(const unsigned c
 }
 
 }  // namespace base::x86
-#endif

@@ -1,28 +1,21 @@
-// Base64 with AVX2, 24 bytes to 32 characters a step, for CPUs that have it
-// (base::cpu tells). Both functions take whole pieces only and leave the rest,
-// and every piece that is not plain alphabet, to the portable code, which is the
-// reference for what any text decodes to.
-#pragma once
-
-#if defined(__x86_64__) && defined(__GNUC__)
-#define VEXA_X86_AVX2 1
+// Base64 with AVX2, 24 bytes to 32 characters a step. Both kernels take whole
+// pieces only and leave the rest, and every piece that is not plain alphabet,
+// to the portable code, which is the reference for what any text decodes to.
 #include <immintrin.h>
 
-#include <cstddef>
+#include "base/kernels.hpp"
 
 namespace base::x86 {
 
-// Encodes 24-byte pieces while 32 bytes remain to be read (each half loads 16
-// bytes for its 12); returns the count of bytes taken, a multiple of 24, having
-// written 4/3 as many characters.
-__attribute__((target("avx2"))) inline std::size_t base64_encode(const unsigned char* in, std::size_t n,
-                                                                char* out) {
+// Each half of a step loads 16 bytes for its 12.
+std::size_t base64_encode_avx2(const unsigned char* in, std::size_t n, char* out) {
   // Each group b0 b1 b2 as the 32-bit word b1 b0 b2 b1 (low byte first), from
   // which multiplications move the four 6-bit values into their own bytes.
   const __m256i arrange = _mm256_setr_epi8(1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10,  //
                                            1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10);
-  // What to add to a value to make its character, by the index made below:
-  // 0 for 26-51, 1-12 for 52-63, 13 for 0-25.
+  // A lookup table (in each 128-bit lane) indexed as made below, 0 for the
+  // values 26-51, 1-12 for 52-63, 13 for 0-25, that holds what to add to the
+  // value to make its character.
   const __m256i offsets = _mm256_setr_epi8(71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 65, 0, 0,  //
                                            71, -4, -4, -4, -4, -4, -4, -4, -4, -4, -4, -19, -16, 65, 0, 0);
   std::size_t i = 0;
@@ -44,17 +37,17 @@ __attribute__((target("avx2"))) inline std::size_t base64_encode(const unsigned 
   return i;
 }
 
+namespace {
+
 // The bytes of c that lie in [low, high], as 0xff.
-__attribute__((target("avx2"))) inline __m256i in_range(__m256i c, char low, char high) {
+__m256i in_range(__m256i c, char low, char high) {
   return _mm256_and_si256(_mm256_cmpgt_epi8(c, _mm256_set1_epi8(static_cast<char>(low - 1))),
                           _mm256_cmpgt_epi8(_mm256_set1_epi8(static_cast<char>(high + 1)), c));
 }
 
-// Decodes 32-character pieces (8 groups) up to `pieces` of them, stopping at the
-// first that holds anything but the 64 alphabet characters; returns the count
-// decoded, each having written 24 bytes.
-__attribute__((target("avx2"))) inline std::size_t unbase64_pieces(const unsigned char* in, std::size_t pieces,
-                                                                  char* out) {
+}  // namespace
+
+std::size_t unbase64_pieces_avx2(const unsigned char* in, std::size_t pieces, char* out) {
   // The 24-bit value of each group, low byte first, turned into its three bytes.
   const __m256i bytes_of_groups = _mm256_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1,  //
                                                    2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1);
@@ -83,4 +76,3 @@ __attribute__((target("avx2"))) inline std::size_t unbase64_pieces(const unsigne
 }
 
 }  // namespace base::x86
-#endif

@@ -1,16 +1,12 @@
-// SHA-1 (FIPS 180-4): the digest of bytes, streamed or of one string, through
-// the CPU's SHA instructions where it has them.
-#pragma once
+// The portable block compression of SHA-1 (FIPS 180-4).
 
-#include "base/arm/sha.hpp"
-#include "base/cpu.hpp"
-#include "base/digest_context.hpp"
+#include "base/digest.hpp"
+
 #include "base/sha_constants.hpp"
-#include "base/x86/sha.hpp"
 
 namespace base {
 
-inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
+void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint32_t* state) {
   for (; count > 0; --count, p += 64) {
     uint32_t w[80];
     for (int t = 0; t < 16; ++t) w[t] = read_be32(p + 4 * t);
@@ -42,27 +38,8 @@ inline void sha1_blocks_portable(const unsigned char* p, std::size_t count, uint
     for (int t = 40; t < 60; ++t) step((b & c) ^ (b & d) ^ (c & d), sha1_k[2], w[t]);  // Maj
 #pragma GCC unroll 20
     for (int t = 60; t < 80; ++t) step(b ^ c ^ d, sha1_k[3], w[t]);                // Parity
-    state[0] += a;
-    state[1] += b;
-    state[2] += c;
-    state[3] += d;
-    state[4] += e;
+    add_words(state, {a, b, c, d, e});
   }
 }
-
-inline void sha1_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
-#if defined(VEXA_X86_SHA)
-  if (cpu::has(&cpu::features::x86_sha)) return x86::sha1_blocks(p, count, state);
-#elif defined(VEXA_ARM_SHA)
-  if (cpu::has(&cpu::features::arm_sha1)) return arm::sha1_blocks(p, count, state);
-#endif
-  sha1_blocks_portable(p, count, state);
-}
-
-struct sha1_context : digest_context<sha1_blocks, 5, true> {
-  sha1_context() : digest_context({0x67452301, 0xefcdab89, 0x98badcfe, 0x10325476, 0xc3d2e1f0}) {}
-};
-
-inline std::string sha1(const std::string& input) { return digest_of<sha1_context>(input); }
 
 }  // namespace base

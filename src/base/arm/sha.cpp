@@ -1,46 +1,32 @@
 // SHA-1 and SHA-256 block compression through the ARMv8 cryptography
-// instructions, for arm64 CPUs that have them (base::cpu tells): the same state
-// words as the portable rounds, which every other CPU runs.
-#pragma once
+// instructions: the same state words as the portable rounds. The vector loads
+// assume little-endian lanes, as on every arm64 Linux.
+#include <arm_neon.h>
 
-#include <cstddef>
-#include <cstdint>
-
+#include "base/kernels.hpp"
 #include "base/sha_constants.hpp"
 
-// g++ switches the SHA instructions on for the functions below alone, through
-// their target attribute; clang 14's arm_neon.h declares them only when the whole
-// build targets them (-march=armv8-a+crypto). The vector loads assume
-// little-endian lanes, as on every arm64 Linux.
-#if defined(__aarch64__) && defined(__GNUC__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__ && \
-    (!defined(__clang__) || defined(__ARM_FEATURE_SHA2))
-#define VEXA_ARM_SHA 1
-#if defined(__clang__)
-#define VEXA_ARM_SHA_TARGET
-#else
-#define VEXA_ARM_SHA_TARGET __attribute__((target("+crypto")))
-#endif
-#include <arm_neon.h>
-#endif
-
-#if defined(VEXA_ARM_SHA)
 namespace base::arm {
 
+namespace {
+
 // Reads 16 message bytes as four big-endian words.
-VEXA_ARM_SHA_TARGET inline uint32x4_t arm_load_be32x4(const unsigned char* p) {
+uint32x4_t load_be32x4(const unsigned char* p) {
   return vreinterpretq_u32_u8(vrev32q_u8(vld1q_u8(p)));
 }
 
+}  // namespace
+
 // The instructions hold the state as the words A to D in one vector and E in a
 // scalar, and do four steps at a time with message words plus constant.
-VEXA_ARM_SHA_TARGET inline void sha1_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
+void sha1_blocks_armv8(const unsigned char* p, std::size_t count, uint32_t* state) {
   uint32x4_t abcd = vld1q_u32(state);
   uint32_t e = state[4];
   for (std::size_t block = 0; block < count; ++block, p += 64) {
     uint32x4_t abcd_in = abcd;
     uint32_t e_in = e;
     uint32x4_t w[4];  // schedule words 4q to 4q+3 in w[q % 4]
-    for (int i = 0; i < 4; ++i) w[i] = arm_load_be32x4(p + 16 * i);
+    for (int i = 0; i < 4; ++i) w[i] = load_be32x4(p + 16 * i);
     // Steps 4q to 4q+3 at a time; E four steps on is A now, rotated.
 #pragma GCC unroll 20
     for (int q = 0; q < 20; ++q) {
@@ -65,12 +51,12 @@ VEXA_ARM_SHA_TARGET inline void sha1_blocks(const unsigned char* p, std::size_t 
 
 // The instructions hold the state as the words A to D and E to H in two vectors
 // and do four rounds at a time with message words plus constants.
-VEXA_ARM_SHA_TARGET inline void sha256_blocks(const unsigned char* p, std::size_t count, uint32_t* state) {
+void sha256_blocks_armv8(const unsigned char* p, std::size_t count, uint32_t* state) {
   uint32x4_t abcd = vld1q_u32(state), efgh = vld1q_u32(state + 4);
   for (std::size_t block = 0; block < count; ++block, p += 64) {
     uint32x4_t abcd_in = abcd, efgh_in = efgh;
     uint32x4_t w[4];  // schedule words 4q to 4q+3 in w[q % 4]
-    for (int i = 0; i < 4; ++i) w[i] = arm_load_be32x4(p + 16 * i);
+    for (int i = 0; i < 4; ++i) w[i] = load_be32x4(p + 16 * i);
 #pragma GCC unroll 16
     for (int q = 0; q < 16; ++q) {
       if (q >= 4)
@@ -88,4 +74,3 @@ VEXA_ARM_SHA_TARGET inline void sha256_blocks(const unsigned char* p, std::size_
 }
 
 }  // namespace base::arm
-#endif

@@ -1,25 +1,41 @@
-// Base64 with NEON, 48 bytes to 64 characters a step, on little-endian arm64
-// (base::cpu tells). Both functions take whole pieces only and leave the rest,
-// and every piece that is not plain alphabet, to the portable code, which is the
-// reference for what any text decodes to.
-#pragma once
-
-#if defined(__aarch64__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
-#define VEXA_ARM_NEON 1
+// Base64 with NEON, 48 bytes to 64 characters a step, on little-endian arm64.
+// Both kernels take whole pieces only and leave the rest, and every piece that
+// is not plain alphabet, to the portable code, which is the reference for what
+// any text decodes to.
 #include <arm_neon.h>
 
-#include <cstddef>
+#include "base/kernels.hpp"
+#include "base/base64.hpp"
 
 namespace base::arm {
 
-inline uint8x16x4_t load_64(const unsigned char* table) {
+namespace {
+
+// The 64 bytes of a lookup table in four vectors, for vqtbl4q_u8.
+uint8x16x4_t load_64(const unsigned char* table) {
   return {{vld1q_u8(table), vld1q_u8(table + 16), vld1q_u8(table + 32), vld1q_u8(table + 48)}};
 }
 
-// Encodes 48-byte pieces; returns the count of bytes taken, a multiple of 48,
-// having written 4/3 as many characters.
-inline std::size_t base64_encode(const unsigned char* in, std::size_t n, char* out, const char* alphabet) {
-  const uint8x16x4_t table = load_64(reinterpret_cast<const unsigned char*>(alphabet));
+// A lookup table indexed by byte value below 128 that holds the byte's value
+// in the alphabet plus 1, or 0 for an invalid character.
+struct value_table {
+  unsigned char plus_one[128];
+};
+
+const value_table& values() {
+  static const value_table table = [] {
+    value_table t = {};
+    for (int v = 0; v < 64; ++v)
+      t.plus_one[static_cast<unsigned char>(base64_alphabet[v])] = static_cast<unsigned char>(v + 1);
+    return t;
+  }();
+  return table;
+}
+
+}  // namespace
+
+std::size_t base64_encode_neon(const unsigned char* in, std::size_t n, char* out) {
+  const uint8x16x4_t table = load_64(reinterpret_cast<const unsigned char*>(base64_alphabet));
   std::size_t i = 0;
   for (; i + 48 <= n; i += 48, out += 64) {
     uint8x16x3_t b = vld3q_u8(in + i);  // the first, second and third bytes of 16 groups
@@ -34,13 +50,9 @@ inline std::size_t base64_encode(const unsigned char* in, std::size_t n, char* o
   return i;
 }
 
-// Decodes 64-character pieces (16 groups) up to `pieces` of them, stopping at the
-// first that holds anything but the 64 alphabet characters; returns the count
-// decoded, each having written 48 bytes. `values` gives every byte below 128 its
-// value plus 1, or 0 outside the alphabet.
-inline std::size_t unbase64_pieces(const unsigned char* in, std::size_t pieces, char* out,
-                                   const unsigned char (&values)[128]) {
-  const uint8x16x4_t low = load_64(values), high = load_64(values + 64);
+std::size_t unbase64_pieces_neon(const unsigned char* in, std::size_t pieces, char* out) {
+  const unsigned char* plus_one = values().plus_one;
+  const uint8x16x4_t low = load_64(plus_one), high = load_64(plus_one + 64);
   std::size_t done = 0;
   for (; done < pieces; ++done, in += 64, out += 48) {
     uint8x16x4_t c = vld4q_u8(in);  // the first, second, third and fourth characters of 16 groups
@@ -62,4 +74,3 @@ inline std::size_t unbase64_pieces(const unsigned char* in, std::size_t pieces, 
 }
 
 }  // namespace base::arm
-#endif
