@@ -21,10 +21,12 @@ void seed_random() {
     std::fclose(device);
   }
   std::srand(seed);
-  // The end is held in a long: an int would overflow after 35 minutes of
-  // processor time. A clock that fails (-1) must not keep the loop going forever.
-  long end = static_cast<long>(static_cast<double>(std::clock()) + 30000.0);
-  for (std::clock_t now = std::clock(); now != std::clock_t(-1) && now < end; now = std::clock())
+  // 30 ms of processor time, counted as an unsigned difference: a 32-bit clock
+  // wraps after 36 minutes of it, and an end past the wrap would never come. A
+  // clock that fails (-1) must not keep the loop going forever either.
+  unsigned long start = static_cast<unsigned long>(std::clock());
+  for (std::clock_t now = std::clock();
+       now != std::clock_t(-1) && static_cast<unsigned long>(now) - start < 30000; now = std::clock())
     std::rand();
 }
 
