@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "base/base64.hpp"
-#include "base/chooser.hpp"
 #include "base/digest.hpp"
 #include "base/escape.hpp"
 #include "base/file.hpp"
@@ -23,8 +22,7 @@ using namespace std::string_literals;
 
 namespace {
 
-// Runs `check` once under each implementation of an algorithm that this CPU
-// supports, a failure naming the implementation, then returns to the preferred one.
+// Runs `check` under each implementation this CPU supports (a failure names it), then the preferred one.
 template <class Function, class Check>
 void for_each_implementation(base::chooser<Function>& algorithm, Check check) {
   for (const base::implementation<Function>& i : algorithm)
@@ -55,9 +53,8 @@ std::string escaped(const std::string& t) {
 std::string url_encoded(const std::string& t) { return base::url_encode(t, false); }
 std::string url_encoded_all(const std::string& t) { return base::url_encode(t, true); }
 
-// Fixed answers under every implementation: one million "a" (FIPS 180-4, RFC
-// 1321), and the first eight hex digits at the lengths around the padding's
-// boundaries, which pad to one, two or three blocks.
+// Under every implementation: one million "a" (FIPS 180-4, RFC 1321), and the first eight hex
+// digits at the lengths around the padding's boundaries (one, two or three blocks).
 TEST(Base, Digests) {
   std::string pattern;
   for (int i = 0; i <= 130; ++i) pattern += char(i == 40 ? 0 : (i * 37 + 11) & 0xff);
@@ -96,8 +93,8 @@ TEST(Base, Digests) {
               base::md5(input) + base::sha1(input) + base::sha256(input)) << "pieces of " << piece;
 }
 
-// The decoders take any text: Base64 gives "=" in place 1 or 2 the value 64 and
-// invalid characters 65, URL escapes go through the digit arithmetic whatever the digits.
+// Decoders take any text: Base64 gives "=" in place 1 or 2 the value 64, invalid characters 65;
+// URL escapes go through the digit arithmetic whatever the digits.
 TEST(Base, Codings) {
   const std::string base64[][2] = {{"", ""}, {"f", "Zg=="}, {"fo", "Zm8="}, {"\xfb\xff\xbf", "+/+/"}};
   for (const auto& b : base64) EXPECT_EQ(base::base64(b[0]), b[1]);
@@ -125,12 +122,9 @@ TEST(Base, Codings) {
   for (size_t n : {0, 1, 2}) EXPECT_EQ(base::unbase64(base::base64(all.substr(n))), all.substr(n));
 }
 
-// Every implementation against the portable one: every coding at every length
-// around the vector widths (24 to 64 bytes a step) and alignment, URL text with
-// an escape (or a "%" among its digits) at each place of a step, text all
-// escapes and escapes with every byte as a digit, text with few changed bytes a
-// step and bytes with many, and Base64 with padding or an invalid character at
-// each place of a piece.
+// Every implementation against the portable one at every length around the vector widths and
+// alignment: URL text with an escape (or "%" among its digits) at each place, every byte as a digit,
+// text with few or many changed bytes, Base64 with padding or an invalid character at each place.
 TEST(Base, ImplementationsAgree) {
   std::string bytes, words;
   for (int i = 0; i < 300; ++i) bytes += char(i * 151 + 7);
@@ -162,9 +156,7 @@ TEST(Base, ImplementationsAgree) {
   expect_agreement(base::url_encode_implementations(), url_encoded_all, text);
 }
 
-// Each byte value at each place of a 100-byte text, across the 8-byte words of
-// the portable code and the 32- and 64-byte steps of the vector ones, is coded
-// as alone: no byte is taken for unchanged, nor a code put in the wrong place.
+// Each byte value at each place of a 100-byte text (across 8-, 32- and 64-byte steps) is coded as alone.
 TEST(Base, EncodersEveryByteAtEveryPlace) {
   auto every_byte_at_every_place = [](std::string (*encoded)(const std::string&)) {
     for (int c = 0; c < 256; ++c)
@@ -181,9 +173,8 @@ TEST(Base, EncodersEveryByteAtEveryPlace) {
   });
 }
 
-// Lines come with their line feed, numbered from 1, each with the offset of its
-// first byte; they may span any number of 4096-byte blocks. Directories,
-// devices and missing files give no lines.
+// Lines come with their line feed, numbered from 1, with the offset of their first byte, across
+// 4096-byte blocks. Directories, devices and missing files give no lines.
 TEST(Base, Files) {
   std::string dir = testing::TempDir() + "vexa_files_XXXXXX";
   ASSERT_NE(mkdtemp(&dir[0]), nullptr);
@@ -205,8 +196,7 @@ TEST(Base, Files) {
       EXPECT_EQ(joined, content);
       EXPECT_EQ(lines, tail.size() > 1 ? 5u : 4u);
     }
-  // The length is measured at opening: a file that shrinks then gives zeros for
-  // its lost tail, one that grows is read only up to that length.
+  // The length is measured at opening: a shrunk file gives zeros for its lost tail, a grown one no more.
   base::reader shrunk(path);
   std::string first(5, '?'), second(5, '?');
   ASSERT_EQ(truncate(path.c_str(), 3), 0);
@@ -214,10 +204,9 @@ TEST(Base, Files) {
   base::reader grown(path);
   std::ofstream(path, std::ios::app) << "more";
   EXPECT_EQ(first + std::string(second, 0, grown.read(&second[0], 5)), "xxx\0\0xxx"s);
-  // A file whose length reads as 0 is empty (though /proc's files still have
-  // lines for formula files), and a device has no lines.
-  const std::pair<std::string, bool> empty[] = {{dir, false}, {"/dev/zero", true},
-                                                {"/proc/self/status", true}, {dir + "/none", false}, {"", false}};
+  // A file whose length reads as 0 is empty (though /proc's have lines for formula files); devices have no lines.
+  const std::pair<std::string, bool> empty[] = {
+      {dir, false}, {"/dev/zero", true}, {"/proc/self/status", true}, {dir + "/none", false}, {"", false}};
   for (const auto& [none, exists] : empty) {
     EXPECT_EQ(base::exists(none), exists) << none;
     EXPECT_EQ(base::load(none), "") << none;
@@ -238,7 +227,7 @@ TEST(Base, RandomText) {
   unsigned char seen[16] = {};  // every bit of every byte set by some UUID of 32: no bit fixed
   for (int i = 0; i < 32; ++i) {
     std::srand(1);
-    unsigned char b[17] = {};
+    unsigned char b[17] = {0};
     b[16] = 0xa5;
     std::string text = base::uuid(b), hex = base::hex(std::string(reinterpret_cast<char*>(b), 17));
     EXPECT_EQ(text + hex.substr(32), hex.substr(0, 8) + "-" + hex.substr(8, 4) + "-" +

@@ -29,8 +29,7 @@ TEST(Calendar, Patterns) {
     EXPECT_EQ((calendar{c.seconds}.format(c.pattern, c.offset)), c.text) << c.seconds << c.pattern;
 }
 
-// The C library's date of the same second, as an independent reference for
-// the years its broken-down time can hold.
+// The C library's date of the same second: an independent reference for the years it can hold.
 std::string reference(double t) {
   time_t s = static_cast<time_t>(std::floor(t));
   struct tm tm;
@@ -39,8 +38,7 @@ std::string reference(double t) {
   return std::string(buf, std::strftime(buf, sizeof buf, "%Y-%m-%d %H:%M:%S %w", &tm));
 }
 
-// Whole 400-year cycles are skipped rather than walked: days on either side of
-// each skip's threshold, and random times.
+// Whole 400-year cycles are skipped, not walked: days on either side of each threshold, random times.
 TEST(Calendar, DatesMatchTheReference) {
   auto check = [](double t) {
     EXPECT_EQ(calendar{t}.format("%Y-%m-%d %H:%M:%S %w", 0), reference(t)) << std::fixed << t;

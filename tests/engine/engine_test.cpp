@@ -20,8 +20,7 @@ std::string run(vexa::parser& p, const std::string& text) {
   double v = -12345;
   if (!p.parse(text, v)) return v == -12345 ? p.error : "value changed by a failure";
   char buf[64];
-  std::snprintf(buf, sizeof buf, "%.12g", v);
-  return buf;
+  return std::string(buf, std::snprintf(buf, sizeof buf, "%.12g", v));
 }
 
 // Lines run in order through one parser, so each may rely on the ones before.
@@ -75,9 +74,8 @@ TEST(Engine, Messages) {
   EXPECT_EQ(run(quiet, "1+\0"s), "Illegal character at position 2: '\0'\n"s);
 }
 
-// The debug trace shows each step of the automaton (its state, the byte's class,
-// the next state) and the operands it leaves. Every state reached and fed every
-// byte gives the traces of the tables as first checked against their definition.
+// The debug trace shows each step of the automaton and the operands it leaves: every state reached, fed
+// every byte, gives the traces of the tables as first checked against their definition.
 TEST(Engine, TokenizerTraces) {
   vexa::parser p;
   p.debug = true;
@@ -91,18 +89,13 @@ TEST(Engine, TokenizerTraces) {
   EXPECT_EQ(base::hex(base::sha256(traces)), "1c89470310d972f6d8772f2d8777ba661ed1e44a8cd1688354bf9fcfccb28c49");
 }
 
-// Products that reach 0 or infinity are finished without walking every factor;
-// the result, down to the very NaN of inf*0 on this machine, is the full walk's.
+// Products that reach 0 or infinity stop early; the result, down to the NaN of inf*0, is the full walk's.
 TEST(Engine, FallingProductMatchesFullWalk) {
   auto walk = [](double a, double b) {
     for (long long k = vexa::to_int32(a - 1); k > b; --k) a *= static_cast<double>(k);
     return a;
   };
-  auto bits = [](double x) {
-    uint64_t u;
-    std::memcpy(&u, &x, sizeof u);
-    return u;
-  };
+  auto bits = [](double x) { uint64_t u; std::memcpy(&u, &x, sizeof u); return u; };
   for (double a : {0.0, 1.0, 2.0, 5.0, -1.0, -2.0, -3.0, 0.5, -0.5, -1.0 / 6, 7.25, 1e-300, -1e300, 171.0})
     for (double b = -60; b < 60; b += 0.5)
       EXPECT_EQ(bits(vexa::falling_product(a, b)), bits(walk(a, b))) << a << "!" << b;
@@ -111,10 +104,7 @@ TEST(Engine, FallingProductMatchesFullWalk) {
   EXPECT_EQ(bits(vexa::falling_product(1e300, -1)), bits(inf * zero));
 }
 
-// Literals of up to 15 digits skip strtod; their values must be its values, bit
-// for bit, around every power of ten the quick path divides by.
-// Each operation rounds once, to a double: these are the answers that a wider
-// register (the x87 unit's) rounding twice, or not at all, gets wrong.
+// Each operation rounds once, to a double: answers that a wider register (x87) rounding twice gets wrong.
 TEST(Engine, DoublesRoundOnceOnEveryMachine) {
   const char* const cases[][2] = {
       {"138.31737017406275*388.6242035679117", "0x1.a3f2f4a5483ebp+15"},
@@ -127,13 +117,13 @@ TEST(Engine, DoublesRoundOnceOnEveryMachine) {
   vexa::parser p;
   for (const auto& c : cases) {
     double v = 0;
-    ASSERT_TRUE(p.parse(c[0], v)) << c[0];
     char bits[32];
-    std::snprintf(bits, sizeof bits, "%a", v);
-    EXPECT_STREQ(bits, c[1]) << c[0];
+    ASSERT_TRUE(p.parse(c[0], v)) << c[0];
+    EXPECT_STREQ((std::snprintf(bits, sizeof bits, "%a", v), bits), c[1]) << c[0];
   }
 }
 
+// Literals of up to 15 digits skip strtod; their values must be its values, bit for bit.
 TEST(Engine, NumberLiteralsReadAsStrtodReadsThem) {
   std::vector<std::string> literals = {"0", "-0", ".5", "-.5", "0.1", "123456789012345", "1234567890123456",
                                        "999999999999999.9", "0.000000000000001", "-3.000000000000000001"};

@@ -1,5 +1,4 @@
-// The line editor's key handling driven by plain byte strings: the line, the
-// cursor and what the terminal side must do after the last key.
+// Key handling driven by byte strings: the line, the cursor and what the terminal must do after the last key.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -9,16 +8,9 @@
 
 namespace {
 
-struct key_case {
-  const char* keys;
-  const char* line;
-  std::size_t cursor;
-  key_action last;
-};
-
 TEST(Editor, KeysFromAFreshLine) {
   const std::vector<std::string> history = {"", "1+1", "2+2"};
-  const key_case cases[] = {
+  const struct { const char *keys, *line; std::size_t cursor; key_action last; } cases[] = {
       {"abc\x1b[D\x1b[DX", "aXbc", 2, key_action::redraw},
       {"abc\x1b[D\x1b[DX\x7f", "abc", 1, key_action::redraw},
       {"ab\x1b[D\x1b[D\x1b[D\x7f\x7f", "ab", 0, key_action::redraw},  // nothing before the start
@@ -40,13 +32,12 @@ TEST(Editor, KeysFromAFreshLine) {
       {"a\r", "a", 1, key_action::enter},
       {"a\n", "a", 1, key_action::enter},
   };
-  for (const key_case& k : cases) {
+  for (const auto& k : cases) {
     line_editor e;
     key_action last = key_action::redraw;
     for (const char* c = k.keys; *c; ++c) last = edit_key(e, static_cast<unsigned char>(*c), history);
-    EXPECT_EQ(e.line, k.line) << k.keys;
-    EXPECT_EQ(e.cursor, k.cursor) << k.keys;
-    EXPECT_EQ(last, k.last) << k.keys;
+    EXPECT_EQ(e.line + "|" + std::to_string(e.cursor) + "|" + std::to_string(int(last)),
+              k.line + ("|" + std::to_string(k.cursor)) + "|" + std::to_string(int(k.last))) << k.keys;
   }
 }
 

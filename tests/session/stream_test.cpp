@@ -1,5 +1,5 @@
-// The file commands, read in blocks, print what the whole-string functions give
-// for the whole contents: at sizes around the block size, from files and pipes.
+// The file commands, read in blocks, print what the whole-string functions give, at sizes around the
+// block size, from files and pipes.
 #include "session/streams.hpp"
 
 #include <gtest/gtest.h>
@@ -34,8 +34,7 @@ std::string streamed(stream_fn run, const std::string& input, bool pipe) {
   if (feed) pclose(feed);
   std::fclose(out);
   std::string result = opened ? base::load(printed) : "<not opened>";
-  std::remove(path.c_str()), std::remove(printed.c_str());
-  rmdir(dir.c_str());
+  std::remove(path.c_str()), std::remove(printed.c_str()), rmdir(dir.c_str());
   return result;
 }
 
@@ -50,9 +49,9 @@ std::string bytes_of(std::size_t n, unsigned seed) {
 
 TEST(Streams, MatchTheWholeStringFunctions) {
   // The digest commands as stream_fn: they always open, even nothing.
-  stream_fn md5 = [](const std::string& file, std::FILE* out) { streams::md5(file, out); return true; };
-  stream_fn sha1 = [](const std::string& file, std::FILE* out) { streams::sha1(file, out); return true; };
-  stream_fn sha256 = [](const std::string& file, std::FILE* out) { streams::sha256(file, out); return true; };
+  stream_fn md5 = [](const std::string& f, std::FILE* out) { return streams::md5(f, out), true; };
+  stream_fn sha1 = [](const std::string& f, std::FILE* out) { return streams::sha1(f, out), true; };
+  stream_fn sha256 = [](const std::string& f, std::FILE* out) { return streams::sha256(f, out), true; };
   const std::string warning = std::string(base::base64_length_warning) + "\n";
   for (bool pipe : {false, true})
     for (std::size_t n : sizes) {
@@ -62,13 +61,11 @@ TEST(Streams, MatchTheWholeStringFunctions) {
       EXPECT_EQ(streamed(sha256, input, pipe), base::hex(base::sha256(input)) + "\n") << where;
       EXPECT_EQ(streamed(streams::base64, input, pipe), base::base64(input) + "\n") << where;
       EXPECT_EQ(streamed(streams::url_encode, input, pipe), base::url_encode(input, false) + "\n") << where;
-      // Base64 text with a zero byte early or late (which ends the text) and
-      // decoded zero bytes (which end what is printed).
+      // Base64 text with a zero byte early or late (ending the text), decoded zero bytes (ending the print).
       for (std::size_t zero : {std::size_t(0), std::size_t(6), B + 3, 3 * B}) {
         std::string bytes = bytes_of(n, 1) + "x";  // "x": a tail of any length
         for (char& c : bytes) c = c == 0 ? 'z' : c;
-        // Padding and invalid characters in the second half, so that the first decodes to
-        // no zero byte and a pipe's decoded bytes overflow the spool's memory.
+        // Padding and invalid characters in the second half: a pipe's decoded bytes overflow the spool's memory.
         std::string text = base::base64(bytes).substr(0, n);
         for (std::size_t i = n / 2; i < n; i += 97) text[i] = "A=~"[i % 3];
         if (zero != 0 && zero < n) text[zero] = '\0';
@@ -76,8 +73,7 @@ TEST(Streams, MatchTheWholeStringFunctions) {
         std::string expected = (end % 4 ? warning : "") + puts_of(base::unbase64(text.substr(0, end / 4 * 4)));
         EXPECT_EQ(streamed(streams::unbase64, text, pipe), expected) << where << ", zero at " << zero;
       }
-      // An escape cut by a block's end decodes as in one piece, and one too short
-      // at the very end stays as it is.
+      // An escape cut by a block's end decodes as in one piece; one too short at the very end stays.
       for (std::size_t percent : {B - 3, B - 2, B - 1, n - 2, n - 1}) {
         std::string text = base::url_encode(bytes_of(n, 3), false).substr(0, n);
         for (char& c : text) c = c == '%' || c == 0 ? 'z' : c;
