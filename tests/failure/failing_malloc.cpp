@@ -38,10 +38,7 @@ int counted_main(int argc, char** argv, char** envp) {
 
 __attribute__((destructor)) void write_count() {
   counting = false;
-  if (FILE* f = count_file ? fopen(count_file, "w") : nullptr) {
-    fprintf(f, "%lu\n", made);
-    fclose(f);
-  }
+  if (FILE* f = count_file ? fopen(count_file, "w") : nullptr) fprintf(f, "%lu\n", made), fclose(f);
 }
 
 }  // namespace
@@ -70,8 +67,7 @@ void* realloc(void* p, size_t n) noexcept {
 int posix_memalign(void** out, size_t a, size_t n) noexcept {
   if (a % sizeof(void*) != 0 || (a & (a - 1)) != 0) return EINVAL;
   void* p = memalign(a, n);
-  if (p) *out = p;
-  return p ? 0 : ENOMEM;
+  return p ? (*out = p, 0) : ENOMEM;
 }
 
 }  // extern "C"

@@ -1,33 +1,20 @@
 """vexa run again and again with one allocation or one system call failing per run.
 
-allocations VEXA ALLOCATOR: each allocation from main on fails in turn (through
-a preloaded allocator) in a session of every command but bench (whose ten
-seconds of hashing would repeat in every run), a formula file and the file
-commands given as arguments. A run must print what the run without failure
-prints, or the same up to a line that says "Out of memory"; a session must then
-read each line once and go on to its end, a formula file that reports the line
-that ran out of memory must run to its last line, and every evaluating line of
-the formula must be so reported by some run.
+allocations VEXA ALLOCATOR: each allocation from main on fails in turn (a preloaded allocator) in a
+session of every command but bench, a formula file and the file commands. A run must print what the
+run without failure prints, or the same up to one "Out of memory" line; a session must then go on line
+by line to its end, a formula file to its last line, and every evaluating formula line must be so
+reported by some run.
 
-syscalls VEXA [STRACE]: each system call after main fails in turn, with strace,
-with the errors the kernel gives it there, in a short session, a formula file
-and the file commands. EINTR and EAGAIN must change no byte, and no read or
-write but the one retried. Other errors must
-leave the output of a run where one input is missing or ends early (cut at 0
-or a multiple of 64 KiB, truncated or with zeros after the cut), a prefix of it
-for a failed write, or "Out of memory" where the kernel refuses memory. A call
-made many times fails at its first, last and a few middle ones.
+syscalls VEXA [STRACE]: each system call after main fails in turn, with strace, with the errors the
+kernel gives there (a call made many times at its first, last and a few middle ones). EINTR and EAGAIN
+must change no byte, and no read or write but the one retried; other errors must leave the output of
+a run with one input missing or cut (at 0 or a multiple of 64 KiB, truncated or zero-filled), a
+prefix of it for a failed write, or "Out of memory" where the kernel refuses memory.
 
 Every run must end in time with status 0 and nothing on stderr; 77 means skipped."""
 
-import base64
-import hashlib
-import os
-import re
-import shutil
-import subprocess
-import sys
-import tempfile
+import base64, hashlib, os, re, shutil, subprocess, sys, tempfile
 from concurrent.futures import ThreadPoolExecutor
 
 START = 'abcdefghijkmnpqrstuvwxyzABCDEFGHJKLMNPQRTUVWXY346789abcdefghijkm'
@@ -44,51 +31,48 @@ print end of f.frm
 """
 EVALUATING_LINES = {4, 5, 6, 7, 8, 9}
 SESSION = [
-    'x = 2 * sin(pi / 4) + 1', 'x = x ^ 2 + 4!2 - 7 % 3 / 2', '(1 + q', 'debug on',
-    'z = (1 + 2) * 3 + q', 'debug off', 'help', 'formula', 'f.frm 3 4 y=7', 'g.frm', 'hex 255',
-    'unhex ff', 'md5 data.bin', 'sha1 data.bin', 'sha256 data.bin', 'escape data.bin',
-    'base64 data.bin', 'unbase64 data.b64', 'url_encode data.bin', 'url_decode data.url',
-    'base64 hello', 'unbase64 aGVsbG8gd29ybGQ', 'url_encode a b/c?d=\u00e9', 'url_decode a%20b%zz%4',
-    'comma 1234567', 'comma x', 'uuid', 'localtime 0', 'gmtime 1000000000',
-    'verify %s:%s' % (START, hashlib.sha256(START.encode()).hexdigest()), 'x + y', 'reset', 'x',
-    'clear', 'quit']
-# Without uuid, whose seeding reads the clock thousands of times, each call a
-# stop under strace, and localtime, whose zone file the C library reads; each
-# command reads a file of its own, so that a failed read shows in its output alone.
-SHORT_SESSION = ['x = 2 * sin(pi / 4) + 1', 'f.frm 3 4', 'md5 md5.in', 'escape escape.in',
-                 'base64 base64.in', 'unbase64 unbase64.in', 'url_decode url_decode.in',
-                 'help', 'clear', 'x', 'quit']
-ONE_SHOT = [['md5', 'data.bin'], ['sha256', 'data.bin'], ['escape', 'data.bin'],
-            ['base64', 'data.bin'], ['unbase64', 'data.b64'], ['url_decode', 'data.url'],
-            ['unbase64', 'big.b64']]
+    'x = 2 * sin(pi / 4) + 1', 'x = x ^ 2 + 4!2 - 7 % 3 / 2', '(1 + q', 'debug on', 'z = (1 + 2) * 3 + q',
+    'debug off', 'help', 'formula', 'f.frm 3 4 y=7', 'g.frm', 'hex 255', 'unhex ff', 'md5 data.bin',
+    'sha1 data.bin', 'sha256 data.bin', 'escape data.bin', 'base64 data.bin', 'unbase64 data.b64',
+    'url_encode data.bin', 'url_decode data.url', 'base64 hello', 'unbase64 aGVsbG8gd29ybGQ',
+    'url_encode a b/c?d=\u00e9', 'url_decode a%20b%zz%4', 'comma 1234567', 'comma x', 'uuid', 'localtime 0',
+    'gmtime 1000000000', 'verify %s:%s' % (START, hashlib.sha256(START.encode()).hexdigest()), 'x + y',
+    'reset', 'x', 'clear', 'quit']
+# No uuid (its seeding reads the clock thousands of times, each a stop under strace) nor localtime
+# (the zone file); each command reads a file of its own, so a failed read shows in its output alone.
+SHORT_SESSION = ['x = 2 * sin(pi / 4) + 1', 'f.frm 3 4', 'md5 md5.in', 'escape escape.in', 'base64 base64.in',
+                 'unbase64 unbase64.in', 'url_decode url_decode.in', 'help', 'clear', 'x', 'quit']
+ONE_SHOT = [['md5', 'data.bin'], ['sha256', 'data.bin'], ['escape', 'data.bin'], ['base64', 'data.bin'],
+            ['unbase64', 'data.b64'], ['url_decode', 'data.url'], ['unbase64', 'big.b64']]
 
 
 def make_folder(folder):
-    """The inputs. big.b64 spans two read blocks (768 KiB each), and its decoded
-    bytes, none of them zero, overflow into unbase64's temporary file."""
+    # big.b64 spans two read blocks (768 KiB each); its decoded bytes, none zero, overflow into a temporary file.
     data = b'plain text with a % and a line\n' + bytes(range(256))
     files = {'data.bin': data, 'data.b64': base64.b64encode(data), 'f.frm': FORMULA,
              'data.url': b''.join(b'%%%02X' % b if b % 3 else bytes([b or 65]) for b in data),
              'big.b64': base64.b64encode(bytes(range(1, 256)) * 4000),
              'session.txt': ('\n'.join(SESSION) + '\n').encode(),
              'short.txt': ('\n'.join(SHORT_SESSION) + '\n').encode()}
-    for command, source in [('md5', 'bin'), ('escape', 'bin'), ('base64', 'bin'),
-                            ('unbase64', 'b64'), ('url_decode', 'url')]:
+    for command, source in [('md5', 'bin'), ('escape', 'bin'), ('base64', 'bin'), ('unbase64', 'b64'),
+                            ('url_decode', 'url')]:
         files[command + '.in'] = files['data.' + source]
-    for name, content in files.items():
-        with open(os.path.join(folder, name), 'wb') as f:
-            f.write(content)
-    # "clear" runs a shell: a quiet stand-in keeps the terminal's codes out of it.
+    inputs = list(files)
+    files['bin/clear'] = b'#!/bin/sh\n'  # "clear" runs a shell: a quiet stand-in keeps the terminal's codes out
     os.makedirs(os.path.join(folder, 'bin'), exist_ok=True)
-    with open(os.path.join(folder, 'bin', 'clear'), 'w') as f:
-        f.write('#!/bin/sh\n')
+    for name, content in files.items():
+        write(os.path.join(folder, name), content)
     os.chmod(os.path.join(folder, 'bin', 'clear'), 0o755)
-    return list(files)
+    return inputs
+
+
+def write(path, content):
+    with open(path, 'wb') as f:
+        f.write(content)
 
 
 def run(command, folder, stdin, **env):
-    """(status, stdout with what changes from run to run masked, stderr), or None
-    when the run had to be stopped."""
+    """(status, stdout with what changes from run to run masked, stderr), or None if stopped."""
     env.update(PATH=folder + '/bin:/usr/bin:/bin', TZ='UTC', LC_ALL='C', TERM='dumb')
     with open(os.path.join(folder, stdin) if stdin else os.devnull, 'rb') as given:
         try:
@@ -118,10 +102,8 @@ def reported_lines(out):
 
 
 def sweep(cases, folder, failures, judge):
-    """Runs every failure of every case (name, command, stdin, env), in parallel,
-    and returns the faults found. failures(case, expected) gives the runs, each
-    (label, command, env), or a fault; judge(case, run, result, expected) a
-    fault or None."""
+    """The faults of every case (name, command, stdin, env) under the runs (label, command, env) or the
+    fault that failures(case, expected) gives, runs judged by judge(case, run, result, expected)."""
     faults = []
     for case in cases:
         name, command, stdin, env = case
@@ -151,8 +133,7 @@ def allocations(vexa, allocator, folder):
 
     def failures(case, expected):
         name, command, stdin, _ = case
-        if os.path.exists(count):
-            os.remove(count)
+        if os.path.exists(count): os.remove(count)
         run(command, folder, stdin, VEXA_COUNT_ALLOCATIONS=count, **preload)
         made.append(int(open(count).read()) if os.path.exists(count) else 0)
         return [('allocation %d of %d' % (n, made[-1]), command, dict(preload, VEXA_FAIL_ALLOCATION=str(n)))
@@ -185,9 +166,9 @@ def allocations(vexa, allocator, folder):
     return faults
 
 
-# For each call: the errors that must change nothing, and those to survive. Left
-# out: brk (the kernel refuses by returning the old break, which strace cannot
-# imitate), calls that fail only for bad arguments, execve and exit_group.
+# For each call: the errors that must change nothing, and those to survive. Left out: brk (the kernel
+# refuses by returning the old break, which strace cannot imitate), calls that fail only for bad
+# arguments, execve and exit_group.
 ERRORS = {
     'read': (['EINTR', 'EAGAIN'], ['EIO']), 'pread64': (['EINTR'], ['EIO']),
     'write': (['EINTR', 'EAGAIN'], ['ENOSPC', 'EIO', 'EPIPE']),
@@ -209,8 +190,8 @@ def syscalls(vexa, strace, folder):
         print('skipped: strace cannot trace here:', tried.stderr.decode(errors='replace').strip())
         return 77
     inputs = make_folder(folder)
-    # Without -f: the shell that "clear" starts is no part of vexa. Fixed addresses
-    # make the loader's calls, counted before main, the same in every run.
+    # No -f: the shell that "clear" starts is no part of vexa. Fixed addresses make the loader's calls,
+    # counted before main, the same in every run.
     trace = [strace, '-qq']
     if subprocess.run(['setarch', '-R', 'true'], capture_output=True).returncode == 0:
         trace = ['setarch', '-R'] + trace
@@ -245,24 +226,19 @@ def syscalls(vexa, strace, folder):
         (label, command, _), out = failure, result[1]
         call, error = label.split()[0], label.split()[-1]
         if error in ERRORS[call][0]:
-            # Retried, or for close let be: the call may come once more, waiting
-            # on poll before it, and no other reads or writes come or go.
+            # Retried (or for close let be), perhaps after a poll; no other reads or writes come or go.
             made = calls(command[command.index('-o') + 1])[1]
             changed = {c for c in IO if made.get(c, 0) - reference[case[0]].get(c, 0) not in
                        ((0, 1) if c == call else (0,))}
             if changed or out != expected:
                 return 'output or the calls %s changed: %r' % (sorted(changed), out[-300:])
-        if out == expected:
-            return None
-        if call == 'write' and expected.startswith(out):
-            return None
-        if call in ('mmap', 'munmap', 'mremap') and says_out_of_memory(out, expected):
+        if out == expected or call == 'write' and expected.startswith(out) or \
+                call in ('mmap', 'munmap', 'mremap') and says_out_of_memory(out, expected):
             return None
         if case[0] not in variants:
             variants[case[0]] = short_inputs(case[1], case[2])
         if out not in variants[case[0]]:
             return 'output is none that a missing or short input gives: %r' % out[-300:]
-        return None
 
     def short_inputs(command, stdin):
         found = set()
@@ -273,13 +249,11 @@ def syscalls(vexa, strace, folder):
                     content = f.read()
                 for cut in range(0, len(content), 1 << 16):
                     for rest in (b'', bytes(len(content) - cut)):
-                        with open(os.path.join(other, name), 'wb') as f:
-                            f.write(content[:cut] + rest)
+                        write(os.path.join(other, name), content[:cut] + rest)
                         found.add(run(command, other, stdin)[1])
                 os.remove(os.path.join(other, name))
                 found.add(run(command, other, None if name == stdin else stdin)[1])
-                with open(os.path.join(other, name), 'wb') as f:
-                    f.write(content)
+                write(os.path.join(other, name), content)
         return found
 
     return sweep(cases, folder, failures, judge)
@@ -289,8 +263,7 @@ IO = ('read', 'write', 'pread64', 'openat', 'close', 'lseek')
 
 
 def calls(log):
-    """From strace's log, how many times each call was made before main and after,
-    and the first argument of each after."""
+    """From strace's log: the count of each call before main and after, and each one's first argument after."""
     before, after, first, begun = {}, {}, {}, False
     for line in open(log, errors='replace'):
         if not line.startswith(('---', '+++')):
@@ -306,10 +279,8 @@ def calls(log):
 def common_problem(result):
     if result is None:
         return 'no end within the time limit'
-    status, out, errors = result
-    if status != 0 or errors:
-        return 'status %d, stderr %r' % (status, errors[-300:])
-    return None
+    if result[0] != 0 or result[2]:
+        return 'status %d, stderr %r' % (result[0], result[2][-300:])
 
 
 def main():
@@ -322,9 +293,7 @@ def main():
             faults = syscalls(vexa, tool, folder)
     if faults == 77:
         return 77
-    for fault in faults[:40]:
-        print('FAIL', fault)
-    print('%d faults' % len(faults))
+    print(''.join('FAIL %s\n' % fault for fault in faults[:40]) + '%d faults' % len(faults))
     return 1 if faults else 0
 
 
