@@ -31,8 +31,7 @@ def typing(text, before=b""):
     return [(text[i:i + 1], draw(before + text[:i + 1], len(before) + i + 1)) for i in range(len(text))]
 
 
-def entered(line, answer):
-    return b"\x1b8> " + line + b"\r\nans = " + answer + b"\r\n" + PROMPT
+entered = lambda line, answer: b"\x1b8> " + line + b"\r\nans = " + answer + b"\r\n" + PROMPT
 
 
 def shell(slave, out, events):
@@ -47,10 +46,8 @@ def shell(slave, out, events):
             os.setpgid(0, 0)
             signal.signal(signal.SIGTTOU, signal.SIG_IGN)  # else taking it from the background stops us
             os.tcsetpgrp(slave, os.getpid())
-            for sig in (signal.SIGHUP, signal.SIGINT, signal.SIGTTOU):
-                signal.signal(sig, signal.SIG_DFL)
-            for fd, to in ((0, slave), (1, out), (2, slave)):
-                os.dup2(to, fd)
+            for sig in (signal.SIGHUP, signal.SIGINT, signal.SIGTTOU): signal.signal(sig, signal.SIG_DFL)
+            for fd, to in ((0, slave), (1, out), (2, slave)): os.dup2(to, fd)
             os.execv(VEXA, [VEXA])
         os.write(events, b"pid %d\n" % pid)
         _, status = os.waitpid(pid, os.WUNTRACED)
@@ -105,10 +102,8 @@ def run(name, steps, history=(), pipe=False):
             label = "%s, step %d %r" % (name, i + 1, keys)
             if keys == HANGUP:
                 os.close(master)  # vexa reads the end of the terminal's input
-            elif keys == CONT:
-                os.kill(pid, signal.SIGCONT)
-            elif keys in SENT.values():
-                os.kill(pid, int(keys.split()[-1]))
+            elif isinstance(keys, str):  # CONT or one of SENT
+                os.kill(pid, signal.SIGCONT if keys == CONT else int(keys.split()[-1]))
             else:
                 os.write(master, keys)
             if want is RESTORED:
@@ -123,8 +118,7 @@ def run(name, steps, history=(), pipe=False):
             if isinstance(want, bytes) and want.endswith((PROMPT, b" = ? ")):
                 wait_raw(label)
     finally:
-        if not ended:
-            os.kill(pid, signal.SIGKILL)
+        if not ended: os.kill(pid, signal.SIGKILL)
         os.waitpid(shell_pid, 0)
         for fd in {master, slave, out, out_w, events}:
             with suppress(OSError):
@@ -173,9 +167,7 @@ CASES = [  # (name, steps of (keys, expected), history lines entered first, outp
 if __name__ == "__main__":
     with tempfile.TemporaryDirectory(prefix="vexa_terminal_") as work:
         os.chdir(work)  # formula files are looked up here
-        with open("p.frm", "w") as f:
-            f.write("prompt a\nshow a\n")
-        os.mkfifo("w")  # never written
+        open("p.frm", "w").write("prompt a\nshow a\n"), os.mkfifo("w")  # the FIFO is never written
         for case in CASES:
             run(*case)
             # An emulator may give vexa no working terminal at all: that is a skip.
