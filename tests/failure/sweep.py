@@ -123,12 +123,16 @@ def sweep(cases, folder, failures, judge):
     return faults
 
 
+def make_cases(vexa, session, env, one_shots):
+    return [('session', [vexa], session, env), ('formula', [vexa, 'f.frm', '3', '4'], None, env)] + \
+        [(' '.join(args), [vexa] + args, None, env) for args in one_shots]
+
+
 def allocations(vexa, allocator, folder):
     make_folder(folder)
     count = os.path.join(folder, 'count')
     preload = {'LD_PRELOAD': allocator}
-    cases = [('session', [vexa], 'session.txt', preload), ('formula', [vexa, 'f.frm', '3', '4'], None, preload)]
-    cases += [(' '.join(args), [vexa] + args, None, preload) for args in ONE_SHOT]
+    cases = make_cases(vexa, 'session.txt', preload, ONE_SHOT)
     reported, made = {}, []
 
     def failures(case, expected):
@@ -170,33 +174,26 @@ def allocations(vexa, allocator, folder):
 # refuses by returning the old break, which strace cannot imitate), calls that fail only for bad
 # arguments, execve and exit_group.
 ERRORS = {
-    'read': (['EINTR', 'EAGAIN'], ['EIO']), 'pread64': (['EINTR'], ['EIO']),
-    'write': (['EINTR', 'EAGAIN'], ['ENOSPC', 'EIO', 'EPIPE']),
-    'openat': (['EINTR'], ['EACCES', 'EMFILE', 'ENOMEM']),
-    'newfstatat': ([], ['ENOMEM', 'EOVERFLOW']), 'fstat': ([], ['ENOMEM', 'EOVERFLOW']),
-    'lseek': ([], ['EINVAL', 'EOVERFLOW']), 'close': (['EINTR'], ['EIO']), 'poll': (['EINTR'], []),
-    'ioctl': ([], ['EIO']), 'mmap': ([], ['ENOMEM']), 'munmap': ([], ['ENOMEM']),
+    'read': (['EINTR', 'EAGAIN'], ['EIO']), 'pread64': (['EINTR'], ['EIO']), 'close': (['EINTR'], ['EIO']),
+    'write': (['EINTR', 'EAGAIN'], ['ENOSPC', 'EIO', 'EPIPE']), 'openat': (['EINTR'], ['EACCES', 'EMFILE', 'ENOMEM']),
+    'newfstatat': ([], ['ENOMEM', 'EOVERFLOW']), 'fstat': ([], ['ENOMEM', 'EOVERFLOW']), 'poll': (['EINTR'], []),
+    'lseek': ([], ['EINVAL', 'EOVERFLOW']), 'ioctl': ([], ['EIO']), 'mmap': ([], ['ENOMEM']), 'munmap': ([], ['ENOMEM']),
     'mremap': ([], ['ENOMEM']), 'clone': ([], ['EAGAIN', 'ENOMEM']), 'clone3': ([], ['EAGAIN', 'ENOMEM']),
-    'wait4': (['EINTR'], ['ECHILD']), 'unlink': ([], ['EACCES', 'EIO']),
-}
+    'wait4': (['EINTR'], ['ECHILD']), 'unlink': ([], ['EACCES', 'EIO'])}
 
 
 def syscalls(vexa, strace, folder):
-    if not strace or not shutil.which(strace):
-        print('skipped: strace is not installed')
-        return 77
-    tried = subprocess.run([strace, '-qq', '-o', os.devnull, 'true'], capture_output=True)
-    if tried.returncode != 0:
-        print('skipped: strace cannot trace here:', tried.stderr.decode(errors='replace').strip())
+    tried = strace and shutil.which(strace) and subprocess.run([strace, '-qq', '-o', os.devnull, 'true'],
+                                                                capture_output=True)
+    if not tried or tried.returncode != 0:
+        print('skipped: strace is missing or cannot trace here:', tried.stderr.decode(errors='replace') if tried else 'no strace')
         return 77
     inputs = make_folder(folder)
     # No -f: the shell that "clear" starts is no part of vexa. Fixed addresses make the loader's calls,
     # counted before main, the same in every run.
-    trace = [strace, '-qq']
-    if subprocess.run(['setarch', '-R', 'true'], capture_output=True).returncode == 0:
-        trace = ['setarch', '-R'] + trace
-    cases = [('session', [vexa], 'short.txt', {}), ('formula', [vexa, 'f.frm', '3', '4'], None, {})]
-    cases += [(' '.join(args), [vexa] + args, None, {}) for args in ONE_SHOT + [['sha256', 'big.b64']]]
+    fixed = subprocess.run(['setarch', '-R', 'true'], capture_output=True).returncode == 0
+    trace = ['setarch', '-R'] * fixed + [strace, '-qq']
+    cases = make_cases(vexa, 'short.txt', {}, ONE_SHOT + [['sha256', 'big.b64']])
     variants, reference = {}, {}
 
     def failures(case, expected):
@@ -245,8 +242,7 @@ def syscalls(vexa, strace, folder):
         with tempfile.TemporaryDirectory(prefix='vexa-short-') as other:
             make_folder(other)
             for name in inputs:
-                with open(os.path.join(folder, name), 'rb') as f:
-                    content = f.read()
+                content = open(os.path.join(folder, name), 'rb').read()
                 for cut in range(0, len(content), 1 << 16):
                     for rest in (b'', bytes(len(content) - cut)):
                         write(os.path.join(other, name), content[:cut] + rest)
@@ -287,10 +283,8 @@ def main():
     mode, vexa = sys.argv[1], os.path.abspath(sys.argv[2])
     tool = sys.argv[3] if len(sys.argv) > 3 else shutil.which('strace')
     with tempfile.TemporaryDirectory(prefix='vexa-%s-' % mode) as folder:
-        if mode == 'allocations':
-            faults = allocations(vexa, os.path.abspath(tool), folder)
-        else:
-            faults = syscalls(vexa, tool, folder)
+        faults = allocations(vexa, os.path.abspath(tool), folder) if mode == 'allocations' else \
+            syscalls(vexa, tool, folder)
     if faults == 77:
         return 77
     print(''.join('FAIL %s\n' % fault for fault in faults[:40]) + '%d faults' % len(faults))

@@ -1,6 +1,5 @@
-The utility commands as a black box: $VEXA is the program under test; each runs
-a command once per further argument, outputs on one line, and r runs a session
-on its input, each prompt shown as "| ".
+The utility commands as a black box: $VEXA is the program under test; each runs a command once per further
+argument, outputs on one line, and r runs a session on its input, each prompt shown as "| ".
 
   $ set -o pipefail; vexa() { "$VEXA" "$@"; }; each() { for a in "${@:2}"; do vexa $1 "$a"; done | paste -sd ' '; }
   $ r() { vexa | tail -n +3 | sed 's/> /| /g'; echo; }
@@ -11,8 +10,8 @@ hex reads a decimal and unhex a hexadecimal 32-bit integer as strtol does, clamp
   ffffffff 0 a 0 7fffffff 80000000
   16 -10 2147483647 -2147483648 0
 
-The digests and escape read the file the argument names (a missing file or a
-directory as empty); the codings take the text if no file has its name.
+The digests and escape read the file the argument names (a missing file or a directory as empty); the codings
+take the text if no file has its name.
 
   $ printf 'notes\n' > 'my notes.txt'; printf '\0\377hi\n' > hello; mkdir dir; mkfifo fifo
   $ vexa md5 my notes.txt; vexa sha1 my notes.txt; vexa sha256 my notes.txt; each md5 x dir '' | tr ' ' '\n' | uniq -c
@@ -36,8 +35,7 @@ No command keeps a file open: with 12 descriptors, forty opens still work.
   | 1 = 1
   | 
 
-comma and the times take a variable's value, or else the text or its number; gmtime
-ignores the zone.
+comma and the times take a variable's value, or else the text or its number; gmtime ignores the zone.
 
   $ each comma 1234567 123456 pi sin ' 1000' -1234.5; printf '1234567\ncomma\n' | r
   1,234,567 123,456 3.14159 0 1,000 -1,234.5
@@ -56,8 +54,7 @@ ignores the zone.
   $ vexa uuid
   [0-9a-f]{8}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{4}-[0-9a-f]{12} (re)
 
-verify walks a SHA-256 chain from its start to its end, and finds the ends the
-ten-second benchmark prints.
+verify walks a SHA-256 chain from its start to its end, and finds the ends the ten-second benchmark prints.
 
   $ a=abcdefghijkmnpqrstuvwxyzABCDEFGHJKLMNPQRTUVWXY346789abcdefghijkm; z=$a
   $ for i in $(seq 100); do z=$(printf %s "$z" | sha256sum | cut -c1-64); done
@@ -77,9 +74,8 @@ ten-second benchmark prints.
   $ tr -d ',~' < verified | awk '{ n = n ? n : $3; s = s ? s : $6 } END { print $1 == int(n / s) }'
   1
 
-Nothing lost, nothing hanging. A FIFO waits for its writer, however late, and
-its bytes are read, formula files too; so does a file under a write lease,
-until its holder lets go.
+Nothing lost, nothing hanging. A FIFO waits for its writer, however late, and its bytes are read, formula files
+too; so does a file under a write lease, until its holder lets go.
 
   $ vexa sha256 fifo & printf hi > fifo; wait; vexa base64 fifo & printf hi > fifo; wait
   8f434346648f6b96df89dda901c5176b10a6d83961dd3c1ac88b59b2dc327aa4
@@ -99,9 +95,9 @@ until its holder lets go.
   22af645d1859cb5ca6da0c484f1f37ea
   22af645d1859cb5ca6da0c484f1f37ea  -
 
-unbase64 reads its input once and prints nothing before its end, so a file that
-shrinks while the output is read changes nothing; when the decoded bytes cannot
-wait in a temporary file (here a file-size limit), they wait in memory.
+unbase64 reads its input once and prints nothing before its end, so a file that shrinks while the output is read
+changes nothing; when the decoded bytes cannot wait in a temporary file (here a file-size limit), they wait in
+memory.
 
   $ head -c 1500000 /dev/zero | tr '\0' '\1' | base64 -w0 > ones; printf A >> ones
   $ (ulimit -f 64; vexa unbase64 /dev/stdin < ones | tail -n 1 | wc -c)
@@ -111,10 +107,9 @@ wait in a temporary file (here a file-size limit), they wait in memory.
   0000000  \n
   0000001
 
-A line too long for the memory there is fails, whether it is too long to read
-or to evaluate, or its command has no room for its output, and the session
-goes on. (Builds with sanitizers or under an emulator cannot run within an
-address-space limit: they show the answer alone.)
+A line too long for the memory there is fails, whether it is too long to read or to evaluate, or its command has
+no room for its output, and the session goes on. (Builds with sanitizers or under an emulator cannot run within
+an address-space limit: they show the answer alone.)
 
   $ limited() { if [ "$VEXA_LIMITS" = no ]; then printf '| Out of memory\n| Out of memory\n| Out of memory\n| ans = 2\n| \n'; else (ulimit -v 100000; "$@"); fi; }
   $ lines() { head -c 150000000 /dev/zero | tr '\0' 1; echo; head -c 20000000 /dev/zero | tr '\0' 1 | sed 's/11/1+/g'; printf "1\nurl_encode %30000000s\n1+1\n"; }
@@ -125,9 +120,9 @@ address-space limit: they show the answer alone.)
   | ans = 2
   | 
 
-Standard input that another program made non-blocking is waited for, not taken
-for its end; output that can no longer be written (a full disk, a closed pipe
-with SIGPIPE ignored) ends the session at once, with status 0 and no message.
+Standard input that another program made non-blocking is waited for, not taken for its end; output that can no
+longer be written (a full disk, a closed pipe with SIGPIPE ignored) ends the session at once, with status 0 and
+no message.
 
   $ timeout 60 python3 -c '
   > import fcntl, os, subprocess

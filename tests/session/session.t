@@ -1,13 +1,12 @@
-The session and formula files as a black box. $VEXA is the program under test; r
-runs a session on its input, cuts the greeting and shows each prompt as "| "; s
-pipes its arguments into r as lines; f writes its first argument (a printf
-format) to f.frm and runs that with the others.
+The session and formula files as a black box. $VEXA is the program under test; r runs a session on its input,
+cuts the greeting and shows each prompt as "| "; s pipes its arguments into r as lines; f writes its first
+argument (a printf format) to f.frm and runs that with the others.
 
   $ set -o pipefail; vexa() { "$VEXA" "$@"; }; r() { vexa | tail -n +3 | sed 's/> /| /g'; echo; }
   $ s() { printf '%s\n' "$@" | r; }; f() { printf "$1" > f.frm; vexa f.frm "${@:2}"; }
 
-Arguments are joined by blanks and run once; piped lines lose their carriage
-returns, and quit or unreadable input ends the session.
+Arguments are joined by blanks and run once; piped lines lose their carriage returns, and quit or unreadable
+input ends the session.
 
   $ vexa a '' b; vexa quit; printf '1+1\r\n\n2\r+2' | vexa | sed 's/> /| /g'
   Unexpected character at position 3: 'b'
@@ -22,8 +21,8 @@ returns, and quit or unreadable input ends the session.
   
   | 
 
-Commands are whole lines or first words, compared exactly; a first word ending in
-.frm, in any case, names a formula file that must be a readable file.
+Commands are whole lines or first words, compared exactly; a first word ending in .frm, in any case, names a
+formula file that must be a readable file.
 
   $ mkdir d.frm; python3 -c 'import socket; socket.socket(socket.AF_UNIX).bind("s.frm")'
   $ s 'help ' 'quit ' 'uuid x' 'bench x' frm X.fRM .frm d.frm s.frm | grep .
@@ -85,8 +84,8 @@ print puts values in place of &name up to the next blank; a failing one stays.
   
    a  b
 
-Arguments are evaluated, or else read by strtod, and bound to the prompts in
-order; each prompt left reads an answer by strtod, 0 at the end of input.
+Arguments are evaluated, or else read by strtod, and bound to the prompts in order; each prompt left reads an
+answer by strtod, 0 at the end of input.
 
   $ f 'prompt a\nprompt b\nprompt c\nprompt d\nprompt e\nprompt g\nshow a+b+c+d+e+g+y' ' pi' -2.5  abc 1e3 0x10 5abc y=7 q
   a+b+c+d+e+g+y = 1028.64
