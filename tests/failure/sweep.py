@@ -179,7 +179,7 @@ ERRORS = {
     'newfstatat': ([], ['ENOMEM', 'EOVERFLOW']), 'fstat': ([], ['ENOMEM', 'EOVERFLOW']), 'poll': (['EINTR'], []),
     'lseek': ([], ['EINVAL', 'EOVERFLOW']), 'ioctl': ([], ['EIO']), 'mmap': ([], ['ENOMEM']), 'munmap': ([], ['ENOMEM']),
     'mremap': ([], ['ENOMEM']), 'clone': ([], ['EAGAIN', 'ENOMEM']), 'clone3': ([], ['EAGAIN', 'ENOMEM']),
-    'wait4': (['EINTR'], ['ECHILD']), 'unlink': ([], ['EACCES', 'EIO'])}
+    'wait4': (['EINTR'], ['ECHILD']), 'unlink': ([], ['EACCES', 'EIO']), 'sendfile': (['EINTR'], ['EIO'])}
 
 
 def syscalls(vexa, strace, folder):
@@ -214,9 +214,12 @@ def syscalls(vexa, strace, folder):
                         continue
                     inject = '%s:error=%s:when=%d' % (call, error, before.get(call, 0) + when)
                     inject += ':signal=SIGPIPE' if error == 'EPIPE' else ''
+                    # A failed sendfile falls back to pread, whose first call is then interrupted.
+                    more = ['-e', 'inject=pread64:error=EINTR:when=%d' % (before.get('pread64', 0) + 1)] \
+                        if call == 'sendfile' and error == 'EIO' else []
                     log = os.path.join(folder, 'trace-%d' % len(runs))
                     runs.append(('%s %d failing with %s' % (call, when, error),
-                                 trace + ['-o', log, '-e', 'inject=' + inject] + command, {}))
+                                 trace + ['-o', log, '-e', 'inject=' + inject] + more + command, {}))
         return runs
 
     def judge(case, failure, result, expected):
@@ -224,9 +227,10 @@ def syscalls(vexa, strace, folder):
         call, error = label.split()[0], label.split()[-1]
         if error in ERRORS[call][0]:
             # Retried (or for close let be), perhaps after a poll; no other reads or writes come or go.
-            made = calls(command[command.index('-o') + 1])[1]
-            changed = {c for c in IO if made.get(c, 0) - reference[case[0]].get(c, 0) not in
-                       ((0, 1) if c == call else (0,))}
+            made, before = calls(command[command.index('-o') + 1])[1], reference[case[0]]
+            changed = {c for c in IO if made.get(c, 0) - before.get(c, 0) not in ((0, 1) if c == call else (0,))}
+            if bool(made.get('sendfile')) != bool(before.get('sendfile')):  # its count follows the reader's pace
+                changed.add('sendfile')
             if changed or out != expected:
                 return 'output or the calls %s changed: %r' % (sorted(changed), out[-300:])
         if out == expected or call == 'write' and expected.startswith(out) or \
