@@ -44,7 +44,9 @@ namespace base::x86 {
 std::size_t encode_bytes_avx2(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes);
 std::size_t encode_bytes_avx512(const unsigned char* in, std::size_t n, char*& out, const byte_codes& codes);
 
-// x86/url_decode_avx2.cpp: decodes while 64 bytes remain, "+" left as it is,
-// and returns the count of bytes taken, moving `out` past the bytes written.
+// x86/url_decode_avx2.cpp and x86/url_decode_avx512.cpp: decode while 64 (128)
+// bytes remain, "+" left as it is, and return the count of bytes taken, moving
+// `out` past the bytes written.
 std::size_t url_decode_avx2(const unsigned char* in, std::size_t n, char*& out);
+std::size_t url_decode_avx512(const unsigned char* in, std::size_t n, char*& out);
 }  // namespace base::x86

@@ -78,11 +78,12 @@ std::size_t url_decode_portable(const unsigned char* in, std::size_t n, bool las
 }
 
 #if defined(VEXA_X86_KERNELS)
-// The kernel leaves "+" as it is, so it serves only where "+" stays.
-std::size_t url_decode_avx2(const unsigned char* in, std::size_t n, bool last, bool plus_to_space, char* out,
+// The kernels leave "+" as it is, so they serve only where "+" stays.
+template <std::size_t (*kernel)(const unsigned char*, std::size_t, char*&)>
+std::size_t url_decode_with(const unsigned char* in, std::size_t n, bool last, bool plus_to_space, char* out,
                             std::size_t& used) {
   char* o = out;
-  std::size_t taken = plus_to_space ? 0 : x86::url_decode_avx2(in, n, o);
+  std::size_t taken = plus_to_space ? 0 : kernel(in, n, o);
   std::size_t decoded = url_decode_portable(in + taken, n - taken, last, plus_to_space, o, used);
   used += taken;
   return static_cast<std::size_t>(o - out) + decoded;
@@ -101,7 +102,8 @@ chooser<url_encode_function> encoder(encoders);
 // The chooser's table: the implementations in order of preference.
 constexpr implementation<url_decode_function> decoders[] = {
 #if defined(VEXA_X86_KERNELS)
-    {"avx2", url_decode_avx2, &cpu::features::avx2},
+    {"avx512", url_decode_with<x86::url_decode_avx512>, &cpu::features::avx512},
+    {"avx2", url_decode_with<x86::url_decode_avx2>, &cpu::features::avx2},
 #endif
     {"portable", url_decode_portable, nullptr}};
 chooser<url_decode_function> decoder(decoders);
