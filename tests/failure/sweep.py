@@ -14,7 +14,7 @@ prefix of it for a failed write, or "Out of memory" where the kernel refuses mem
 
 Every run must end in time with status 0 and nothing on stderr; 77 means skipped."""
 
-import base64, hashlib, os, re, shutil, subprocess, sys, tempfile
+import base64, hashlib, os, re, shutil, signal, subprocess, sys, tempfile
 from concurrent.futures import ThreadPoolExecutor
 
 START = 'abcdefghijkmnpqrstuvwxyzABCDEFGHJKLMNPQRTUVWXY346789abcdefghijkm'
@@ -75,13 +75,16 @@ def run(command, folder, stdin, **env):
     """(status, stdout with what changes from run to run masked, stderr), or None if stopped."""
     env.update(PATH=folder + '/bin:/usr/bin:/bin', TZ='UTC', LC_ALL='C', TERM='dumb')
     with open(os.path.join(folder, stdin) if stdin else os.devnull, 'rb') as given:
+        proc = subprocess.Popen(command, cwd=folder, stdin=given, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                env=env, start_new_session=True)
         try:
-            done = subprocess.run(command, cwd=folder, stdin=given, capture_output=True, env=env,
-                                  timeout=60)
+            stdout, stderr = proc.communicate(timeout=60)
         except subprocess.TimeoutExpired:
+            os.killpg(proc.pid, signal.SIGKILL)  # vexa too: strace's end would leave it spinning
+            proc.communicate()
             return None
-    out = re.sub(rb'[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}', b'UUID', done.stdout)
-    return done.returncode, re.sub(rb'~\d+ (seconds|hashes)', rb'~N \1', out), done.stderr
+    out = re.sub(rb'[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}', b'UUID', stdout)
+    return proc.returncode, re.sub(rb'~\d+ (seconds|hashes)', rb'~N \1', out), stderr
 
 
 def says_out_of_memory(out, expected):
